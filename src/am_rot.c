@@ -1,0 +1,1 @@
+/* placeholder */ typedef int korvex2_am_rot_placeholder;

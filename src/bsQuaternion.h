@@ -1,0 +1,1 @@
+// placeholder, replaced while the room is built
