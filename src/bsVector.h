@@ -148,7 +148,7 @@ class bsVector {
 
  private:
   template <class Vector, class Integer>
-  static auto& component(Vector& v, Integer i) {
+  static std::conditional_t<std::is_const_v<Vector>, const double, double>& component(Vector& v, Integer i) {
     korvex2::require(i == Integer(0) || i == Integer(1) || i == Integer(2), "false");
     return i == Integer(0) ? v.x : i == Integer(1) ? v.y : v.z;
   }
