@@ -102,12 +102,12 @@ class GLCanvas : public QGLWidget {
   const abcBody& getBody() const { return body_; }
 
   /// Inverse of T, what the backend is sent.
-  bsMatrix give_body_transformation();
+  bsMatrix give_body_transformation() const;
   /// Marker positions in committed body coordinates.
-  std::vector<bsVector> give_data();
+  std::vector<bsVector> give_data() const;
   /// Marker positions in body coordinates including the pending change.
-  std::vector<bsVector> give_immediate_data();
-  QList<AbcMarkerData> give_data_with_emissions();
+  std::vector<bsVector> give_immediate_data() const;
+  QList<AbcMarkerData> give_data_with_emissions() const;
 
   // --- Picking and selection ---
 
@@ -120,7 +120,7 @@ class GLCanvas : public QGLWidget {
   const std::vector<abcObject*>& getSelection() const { return selection_; }
   /// Id of the only selected object when it is a marker, -2 when several objects are selected, else -1.
   int getSelectedMarker() const;
-  bool checkIntroduceLine();
+  bool checkIntroduceLine() const;
   bool checkDeleteLine() const;
 
   // --- Coordinate system ---
@@ -138,11 +138,12 @@ class GLCanvas : public QGLWidget {
   void set_due_to_body();
 
   /// See korvex2::computeFrame().
-  bsMatrix computeFrame(bsVector& set, bsVector& keep, bsVector& third, abcAxis axisToSet, abcAxis axisToPreserve);
+  bsMatrix computeFrame(bsVector& set, bsVector& keep, bsVector& third, abcAxis axisToSet,
+                        abcAxis axisToPreserve) const;
   /// See korvex2::compute_orientation().
-  bsMatrix compute_orientation(const bsVector& p1, const bsVector& p2, const bsVector& p3);
+  bsMatrix compute_orientation(const bsVector& p1, const bsVector& p2, const bsVector& p3) const;
   /// See korvex2::compute_marker_1_2_3(), here on the stored positions.
-  bool compute_marker_1_2_3(int& m1, int& m2, int& m3);
+  bool compute_marker_1_2_3(int& m1, int& m2, int& m3) const;
 
   // --- Drawing and input, called by the toolkit ---
 
@@ -226,6 +227,8 @@ class GLCanvas : public QGLWidget {
   void applyProjection() const;
   void applyView() const;
   void applyBodyPlacement() const;
+  int drawForPicking(std::vector<unsigned int>& records, double x, double y);
+  void drawCenterOfGravity() const;
   void drawSelection();
   abcObject* nearestPicked(const std::vector<unsigned int>& records, int hits) const;
 
@@ -233,15 +236,16 @@ class GLCanvas : public QGLWidget {
   void announceBody();
   void emitSelectionSignals();
   void emitHistorySignals();
+  static bool isMarker(const abcObject* object);
   bool selectedAreTwoMarkers() const;
   bsMatrix roomAxesInLoaded() const;
-  bool chooseMarkers(bsVector& p1, bsVector& p2, bsVector& p3);
+  bool chooseMarkers(bsVector& p1, bsVector& p2, bsVector& p3) const;
 
   double fieldOfView_ = 45.0;  ///< vertical, degrees
   double nearPlane_ = 1.0;
   double farPlane_ = 100000.0;
-  int width_ = 1;   ///< of the viewport, device pixels
-  int height_ = 1;  ///< of the viewport, device pixels
+  int width_ = 0;   ///< of the viewport, device pixels; 0 until the canvas is laid out
+  int height_ = 0;  ///< of the viewport, device pixels
   QPoint lastMouse_;
   std::vector<abcObject*> selection_;
   bool online_ = false;
