@@ -1,0 +1,88 @@
+// See commandline.h.
+#include "commandline.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <QCoreApplication>
+
+namespace korvex2 {
+
+namespace {
+
+const char* const programName = "korvex2-frontend";
+
+QString tr(const char* text) { return QCoreApplication::translate("CommandLine", text); }
+
+[[noreturn]] void fail(const QString& message) {
+  std::fprintf(stderr, "%s: %s\n", programName, qPrintable(message));
+  std::exit(EXIT_FAILURE);
+}
+
+QString folderValue(const QCommandLineParser& parser, const QCommandLineOption& option) {
+  if (!parser.isSet(option)) {
+    return {};
+  }
+  const QString value = parser.value(option);
+  if (value.isEmpty()) {
+    fail(tr("the option --%1 needs a folder").arg(option.names().constFirst()));
+  }
+  return value;
+}
+
+}  // namespace
+
+CommandLine parseCommandLine(const QStringList& arguments) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      tr("Front end of an optical tracking system: loads modules and connects them with a tracking backend."));
+  const QCommandLineOption help = parser.addHelpOption();
+  const QCommandLineOption version = parser.addVersionOption();
+  const QCommandLineOption pluginDir(QStringLiteral("plugin-dir"),
+                                     tr("Load modules from this folder only. Without it they are looked for in the "
+                                        "folders of the variable KORVEX2_MODULE_PATH, where the program was built, in "
+                                        "the user's data folder and where the program is installed."),
+                                     QStringLiteral("folder"));
+  const QCommandLineOption database(QStringLiteral("database"),
+                                    tr("Folder of the body database; without it the user's own."),
+                                    QStringLiteral("folder"));
+  const QCommandLineOption list(QStringLiteral("list-modules"), tr("Print the modules that were found, and end."));
+  const QCommandLineOption demonstration(QStringLiteral("demo"),
+                                         tr("Show what the program does, write pictures into this folder, and end."),
+                                         QStringLiteral("folder"));
+  parser.addOptions({pluginDir, database, list, demonstration});
+
+  if (!parser.parse(arguments)) {
+    fail(parser.errorText());
+  }
+  if (parser.isSet(version)) {
+    std::printf("%s %s\n", programName, qPrintable(QCoreApplication::applicationVersion()));
+    std::exit(EXIT_SUCCESS);
+  }
+  if (parser.isSet(help) || parser.isSet(QStringLiteral("help-all"))) {
+    parser.showHelp(EXIT_SUCCESS);
+  }
+  if (!parser.positionalArguments().isEmpty()) {
+    fail(tr("unexpected argument \"%1\"").arg(parser.positionalArguments().constFirst()));
+  }
+  CommandLine line;
+  line.pluginDir = folderValue(parser, pluginDir);
+  line.databaseDir = folderValue(parser, database);
+  line.demonstrationDir = folderValue(parser, demonstration);
+  line.listModules = parser.isSet(list);
+  return line;
+}
+
+bool printsOnly(int argc, const char* const* argv) {
+  for (int i = 1; i < argc; ++i) {
+    for (const char* option : {"--list-modules", "--help", "--help-all", "-h", "--version", "-v"}) {
+      if (std::strcmp(argv[i], option) == 0) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+}  // namespace korvex2

@@ -1,0 +1,27 @@
+// The program's command line.
+#ifndef KORVEX2_HOST_COMMANDLINE_H
+#define KORVEX2_HOST_COMMANDLINE_H
+
+#include <QCommandLineParser>
+#include <QString>
+
+namespace korvex2 {
+
+/// What the operator asked for.
+struct CommandLine {
+  QString pluginDir;         ///< empty: the usual folders
+  QString databaseDir;       ///< empty: the user's own
+  QString demonstrationDir;  ///< empty: no demonstration
+  bool listModules = false;
+};
+
+/// Parses the arguments of the running application. Ends the program itself for --help and --version (exit code 0)
+/// and for what it does not understand (message on standard error, exit code 1).
+CommandLine parseCommandLine(const QStringList& arguments);
+
+/// True when the raw arguments ask for something that prints and ends, so that no display is needed.
+bool printsOnly(int argc, const char* const* argv);
+
+}  // namespace korvex2
+
+#endif

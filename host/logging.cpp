@@ -1,0 +1,5 @@
+// See logging.h.
+#include "logging.h"
+
+Q_LOGGING_CATEGORY(logHost, "korvex2.host", QtWarningMsg)
+Q_LOGGING_CATEGORY(logChannel, "korvex2.channel", QtWarningMsg)

@@ -1,0 +1,82 @@
+// The program korvex2-frontend.
+#include <clocale>
+#include <cstdio>
+#include <memory>
+
+#include <QApplication>
+
+#include "commandline.h"
+#include "databasefolder.h"
+#include "demonstration.h"
+#include "embeddedconnection.h"
+#include "frontend.h"
+#include "modulesearch.h"
+
+namespace {
+
+using namespace korvex2;
+
+/// Must run before the application object is made. Returns whether a window could be seen.
+bool choosePlatform(int argc, char** argv) {
+  if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    return true;
+  }
+  const bool display = !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+  // Modules may need an application with widgets even where only text is printed.
+  if (!display || printsOnly(argc, argv)) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+  }
+  return display;
+}
+
+int listModules(const CommandLine& line) {
+  const std::vector<ModuleFolder> folders = moduleFolders(ModuleSearch::ofThisProgram(line.pluginDir));
+  ModuleSet modules(nullptr);
+  modules.load(folders);
+  std::fputs(qPrintable(moduleListing(modules.records(), folders)), stdout);
+  return 0;
+}
+
+std::unique_ptr<BackendConnection> connectBackend(const CommandLine& line) {
+  if (!line.databaseDir.isEmpty()) {
+    return std::make_unique<EmbeddedConnection>(line.databaseDir, QStringList());
+  }
+  const QString folder = userDatabaseFolder();
+  const QString problem = prepareDatabaseFolder(folder, shippedDataFolder(QCoreApplication::applicationDirPath()));
+  return std::make_unique<EmbeddedConnection>(folder, problem.isEmpty() ? QStringList() : QStringList(problem));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const bool display = choosePlatform(argc, argv);
+  QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+  QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+  QApplication application(argc, argv);
+  std::setlocale(LC_NUMERIC, "C");  // the application object took the user's; numbers in texts have a decimal point
+  QApplication::setOrganizationName(QStringLiteral("korvex2"));
+  QApplication::setApplicationName(QStringLiteral("frontend"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Korvex2 front end"));
+  QApplication::setApplicationVersion(QStringLiteral(KORVEX2_VERSION));
+
+  const CommandLine line = parseCommandLine(QApplication::arguments());
+  if (line.listModules) {
+    return listModules(line);
+  }
+  if (!display && line.demonstrationDir.isEmpty()) {
+    std::fputs("korvex2-frontend: there is no display to open the window on\n", stderr);
+    return 1;
+  }
+  Frontend frontend(connectBackend(line));
+  frontend.loadModules(moduleFolders(ModuleSearch::ofThisProgram(line.pluginDir)));
+  int result = 0;
+  if (line.demonstrationDir.isEmpty()) {
+    frontend.window().restoreLayout();
+    frontend.window().show();
+    result = QApplication::exec();
+  } else {
+    result = runDemonstration(frontend.window(), line.demonstrationDir);
+  }
+  frontend.shutdown();
+  return result;
+}

@@ -1,0 +1,85 @@
+// The host's main window: menus of the modules, start page, reports and traffic.
+#ifndef KORVEX2_HOST_MAINWINDOW_H
+#define KORVEX2_HOST_MAINWINDOW_H
+
+#include <QMainWindow>
+
+#include "guielement.h"
+#include "moduleset.h"
+
+class QDockWidget;
+class QLabel;
+class QMenu;
+
+namespace korvex2 {
+
+class HostChannel;
+class LogModel;
+class LogPane;
+class StartPage;
+
+/// Menus: "&File" and "&View" first, then those of the modules, "&Help" last. Docks: "Reports" (object name
+/// "reportsDock") and "Backend traffic" (object name "trafficDock"). The latest report also stands in the status bar
+/// (label "lastReport"); a click on it shows the Reports dock.
+class MainWindow : public QMainWindow {
+  Q_OBJECT
+
+ public:
+  static constexpr int reportLimit = 1000;
+  static constexpr int trafficLimit = 5000;
+
+  /// The channel stays the caller's and must outlive the window.
+  explicit MainWindow(HostChannel& channel, QWidget* parent = nullptr);
+
+  /// Puts the entries in place, see planMenus(). A title equal to one of the host's menus puts the entry there, before
+  /// the host's own entries. Actions that are destroyed later leave their menus by themselves.
+  void addModuleEntries(const QList<_GuiElement*>& elements);
+  /// Modules for the start page and the about box.
+  void setModules(const std::vector<ModuleRecord>& records, const std::vector<ModuleFolder>& searched);
+
+  StartPage& startPage() { return *startPage_; }
+  HostChannel& channel() { return channel_; }
+  LogModel& reports() { return *reports_; }
+  LogModel& traffic() { return *traffic_; }
+
+  /// Geometry and docks as the operator left them, from and to QSettings("korvex2", "frontend").
+  void restoreLayout();
+  void saveLayout() const;
+
+ signals:
+  /// Something may have changed in the backend: a setting or a command was answered, a moment ago.
+  void backendTouched();
+
+ public slots:
+  void showReport(const QString& sender, int kind, const QString& text);
+  void showExchange(const QByteArray& command, const QByteArray& answer, bool answered);
+  void showAbout();
+  /// Docks back to where they are at the first start.
+  void resetLayout();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void buildDocks();
+  void buildMenus();
+  void buildStatusBar();
+  void warnOfSharedShortcuts(const QList<_GuiElement*>& elements);
+  QMenu* menuTitled(const QString& title) const;
+
+  HostChannel& channel_;
+  StartPage* startPage_;
+  LogModel* reports_;
+  LogModel* traffic_;
+  QDockWidget* reportsDock_ = nullptr;
+  QDockWidget* trafficDock_ = nullptr;
+  QMenu* helpMenu_ = nullptr;
+  QLabel* lastReport_ = nullptr;
+  QByteArray firstLayout_;
+  QString moduleList_;
+};
+
+}  // namespace korvex2
+
+#endif

@@ -1,0 +1,186 @@
+// See startpage.h.
+#include "startpage.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFileInfo>
+#include <QFrame>
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "menuplan.h"
+
+namespace korvex2 {
+
+namespace {
+
+QLabel* heading(const QString& text, double scale, QWidget* parent) {
+  auto* label = new QLabel(text, parent);
+  QFont font = label->font();
+  font.setPointSizeF(font.pointSizeF() * scale);
+  font.setBold(scale < 1.5);
+  label->setFont(font);
+  return label;
+}
+
+QLabel* note(QWidget* parent) {
+  auto* label = new QLabel(parent);
+  label->setTextFormat(Qt::PlainText);
+  label->setWordWrap(true);
+  label->setForegroundRole(QPalette::PlaceholderText);
+  return label;
+}
+
+/// A framed part of the page with a heading; returns the layout its content goes into.
+QVBoxLayout* addCard(const QString& title, QGridLayout* page, int row, int column, int rows) {
+  auto* card = new QFrame;
+  card->setObjectName(QStringLiteral("card"));
+  auto* layout = new QVBoxLayout(card);
+  layout->setContentsMargins(16, 12, 16, 14);
+  layout->setSpacing(6);
+  layout->addWidget(heading(title, 1.1, card));
+  page->addWidget(card, row, column, rows, 1);
+  return layout;
+}
+
+QTreeWidget* table(const QStringList& columns, const char* name) {
+  auto* tree = new QTreeWidget;
+  tree->setObjectName(QLatin1String(name));
+  tree->setHeaderLabels(columns);
+  tree->setRootIsDecorated(false);
+  tree->setUniformRowHeights(true);
+  tree->setAlternatingRowColors(true);
+  tree->setFrameShape(QFrame::NoFrame);
+  tree->setSelectionMode(QAbstractItemView::SingleSelection);
+  tree->header()->setStretchLastSection(false);
+  tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+  return tree;
+}
+
+}  // namespace
+
+StartPage::StartPage(QWidget* parent) : QWidget(parent) {
+  setBackgroundRole(QPalette::Window);
+  setStyleSheet(
+      QStringLiteral("QFrame#card { background: palette(base); border: 1px solid palette(midlight);"
+                     " border-radius: 6px; }"));
+
+  auto* page = new QGridLayout(this);
+  page->setContentsMargins(24, 18, 24, 18);
+  page->setSpacing(14);
+  page->addWidget(heading(tr("Korvex2 front end"), 1.7, this), 0, 0, 1, 2);
+
+  QVBoxLayout* backend = addCard(tr("Backend"), page, 1, 0, 1);
+  connection_ = new QLabel(this);
+  connection_->setObjectName(QStringLiteral("connection"));
+  connection_->setTextFormat(Qt::PlainText);
+  connection_->setWordWrap(true);
+  connectionDetails_ = note(this);
+  connectionDetails_->setObjectName(QStringLiteral("connectionDetails"));
+  connectionDetails_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  backend->addWidget(connection_);
+  backend->addWidget(connectionDetails_);
+
+  QVBoxLayout* modules = addCard(tr("Modules"), page, 2, 0, 1);
+  modules_ = table({tr("Module"), tr("Version")}, "modules");
+  noModules_ = note(this);
+  actionsBox_ = new QWidget(this);
+  actionsBox_->setObjectName(QStringLiteral("actions"));
+  actionsLayout_ = new QVBoxLayout(actionsBox_);
+  actionsLayout_->setContentsMargins(0, 4, 0, 0);
+  modules->addWidget(noModules_);
+  modules->addWidget(modules_, 1);
+  modules->addWidget(actionsBox_);
+
+  QVBoxLayout* bodies = addCard(tr("Bodies of the backend"), page, 1, 1, 2);
+  bodies_ = table({tr("Body"), tr("Markers"), tr("State")}, "bodies");
+  noBodies_ = note(this);
+  noBodies_->setObjectName(QStringLiteral("noBodies"));
+  noBodies_->setText(tr("The backend knows no bodies."));
+  bodies->addWidget(noBodies_);
+  bodies->addWidget(bodies_, 1);
+
+  page->setColumnStretch(0, 2);
+  page->setColumnStretch(1, 3);
+  page->setRowStretch(2, 1);
+  setConnection(tr("Not connected"), {});
+  setModules({}, {});
+  setBodies({});
+  setActions({});
+}
+
+void StartPage::setConnection(const QString& description, const QStringList& details) {
+  connection_->setText(description);
+  connectionDetails_->setText(details.join(QLatin1Char('\n')));
+  connectionDetails_->setVisible(!details.isEmpty());
+}
+
+void StartPage::setModules(const std::vector<ModuleRecord>& records, const std::vector<ModuleFolder>& searched) {
+  modules_->clear();
+  for (const ModuleRecord& record : records) {
+    if (record.state == ModuleRecord::State::skipped) {
+      continue;
+    }
+    const bool loaded = record.state == ModuleRecord::State::loaded;
+    const QString name = loaded ? record.name : QFileInfo(record.file).fileName();
+    auto* item = new QTreeWidgetItem(modules_, {name, loaded ? record.version : tr("refused")});
+    const QString file = QDir::toNativeSeparators(record.file);
+    const QString tip = (loaded ? file : tr("%1: %2").arg(file, record.reason)).toHtmlEscaped();
+    item->setToolTip(0, tip);
+    item->setToolTip(1, tip);
+    item->setDisabled(!loaded);
+  }
+  QStringList folders;
+  for (const ModuleFolder& folder : searched) {
+    folders += QDir::toNativeSeparators(folder.path);
+  }
+  const bool none = modules_->topLevelItemCount() == 0;
+  noModules_->setText(folders.isEmpty() ? tr("No modules are loaded.")
+                                        : tr("No modules were found in:\n%1").arg(folders.join(QLatin1Char('\n'))));
+  noModules_->setVisible(none);
+  modules_->setVisible(!none);
+}
+
+void StartPage::setBodies(const std::vector<BodySummary>& bodies) {
+  bodies_->clear();
+  for (const BodySummary& body : bodies) {
+    const QString number = QStringLiteral("%1").arg(body.number, 2, 10, QLatin1Char('0'));
+    const QString type = body.typeDescription.isEmpty() ? body.type : body.typeDescription;
+    const QString name = body.description.isEmpty() ? tr("%1 %2").arg(type, number)
+                                                    : tr("%1 (%2 %3)").arg(body.description, type, number);
+    const QString markers = body.calibrated ? QString::number(body.markers) : QString();
+    const QString state = body.calibrated ? tr("calibrated") : tr("not calibrated");
+    auto* item = new QTreeWidgetItem(bodies_, {name, markers, state});
+    item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+    item->setDisabled(!body.calibrated);
+  }
+  noBodies_->setVisible(bodies.empty());
+  bodies_->setVisible(!bodies.empty());
+}
+
+void StartPage::setActions(const QList<QAction*>& actions) {
+  qDeleteAll(actionsBox_->findChildren<QPushButton*>());
+  for (QAction* action : actions) {
+    auto* button = new QPushButton(actionsBox_);
+    const auto update = [button, action] {
+      const QString shortcut = action->shortcut().toString(QKeySequence::NativeText);
+      const QString text = plainTitle(action->text());
+      button->setText(shortcut.isEmpty() ? text : QStringLiteral("%1   (%2)").arg(text, shortcut));
+      button->setEnabled(action->isEnabled());
+      button->setToolTip(action->statusTip());
+    };
+    update();
+    connect(action, &QAction::changed, button, update);
+    connect(button, &QPushButton::clicked, action, &QAction::trigger);
+    connect(action, &QObject::destroyed, button, &QObject::deleteLater);
+    actionsLayout_->addWidget(button);
+  }
+  actionsBox_->setVisible(!actions.isEmpty());
+}
+
+}  // namespace korvex2
