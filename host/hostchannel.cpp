@@ -7,7 +7,7 @@
 
 #include "backendconnection.h"
 #include "channeltext.h"
-#include "logging.h"
+#include "hostlogging.h"
 #include "messagereceiver.h"
 
 namespace korvex2 {

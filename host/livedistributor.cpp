@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "logging.h"
+#include "hostlogging.h"
 #include "requester.h"
 
 namespace korvex2 {

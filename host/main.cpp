@@ -5,12 +5,12 @@
 
 #include <QApplication>
 
-#include "commandline.h"
 #include "databasefolder.h"
 #include "demonstration.h"
 #include "embeddedconnection.h"
 #include "frontend.h"
 #include "modulesearch.h"
+#include "programoptions.h"
 
 namespace {
 
@@ -29,17 +29,17 @@ bool choosePlatform(int argc, char** argv) {
   return display;
 }
 
-int listModules(const CommandLine& line) {
-  const std::vector<ModuleFolder> folders = moduleFolders(ModuleSearch::ofThisProgram(line.pluginDir));
+int listModules(const ProgramOptions& options) {
+  const std::vector<ModuleFolder> folders = moduleFolders(ModuleSearch::ofThisProgram(options.pluginDir));
   ModuleSet modules(nullptr);
   modules.load(folders);
   std::fputs(qPrintable(moduleListing(modules.records(), folders)), stdout);
   return 0;
 }
 
-std::unique_ptr<BackendConnection> connectBackend(const CommandLine& line) {
-  if (!line.databaseDir.isEmpty()) {
-    return std::make_unique<EmbeddedConnection>(line.databaseDir, QStringList());
+std::unique_ptr<BackendConnection> connectBackend(const ProgramOptions& options) {
+  if (!options.databaseDir.isEmpty()) {
+    return std::make_unique<EmbeddedConnection>(options.databaseDir, QStringList());
   }
   const QString folder = userDatabaseFolder();
   const QString problem = prepareDatabaseFolder(folder, shippedDataFolder(QCoreApplication::applicationDirPath()));
@@ -59,23 +59,23 @@ int main(int argc, char** argv) {
   QApplication::setApplicationDisplayName(QStringLiteral("Korvex2 front end"));
   QApplication::setApplicationVersion(QStringLiteral(KORVEX2_VERSION));
 
-  const CommandLine line = parseCommandLine(QApplication::arguments());
-  if (line.listModules) {
-    return listModules(line);
+  const ProgramOptions options = parseProgramOptions(QApplication::arguments());
+  if (options.listModules) {
+    return listModules(options);
   }
-  if (!display && line.demonstrationDir.isEmpty()) {
+  if (!display && options.demonstrationDir.isEmpty()) {
     std::fputs("korvex2-frontend: there is no display to open the window on\n", stderr);
     return 1;
   }
-  Frontend frontend(connectBackend(line));
-  frontend.loadModules(moduleFolders(ModuleSearch::ofThisProgram(line.pluginDir)));
+  Frontend frontend(connectBackend(options));
+  frontend.loadModules(moduleFolders(ModuleSearch::ofThisProgram(options.pluginDir)));
   int result = 0;
-  if (line.demonstrationDir.isEmpty()) {
+  if (options.demonstrationDir.isEmpty()) {
     frontend.window().restoreLayout();
     frontend.window().show();
     result = QApplication::exec();
   } else {
-    result = runDemonstration(frontend.window(), line.demonstrationDir);
+    result = runDemonstration(frontend.window(), options.demonstrationDir);
   }
   frontend.shutdown();
   return result;

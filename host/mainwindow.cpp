@@ -1,6 +1,7 @@
 // See mainwindow.h.
 #include "mainwindow.h"
 
+#include <algorithm>
 #include <map>
 
 #include <QAction>
@@ -13,6 +14,7 @@
 #include <QMessageBox>
 #include <QSettings>
 #include <QStatusBar>
+#include <QTextDocument>
 #include <QTime>
 #include <QTimer>
 

@@ -11,8 +11,8 @@
 #include <QVariant>
 
 #include "backendversions.h"
+#include "hostlogging.h"
 #include "iomanager.h"
-#include "logging.h"
 #include "moduleinterface.h"
 
 namespace korvex2 {

@@ -1,6 +1,6 @@
 // The program's command line.
-#ifndef KORVEX2_HOST_COMMANDLINE_H
-#define KORVEX2_HOST_COMMANDLINE_H
+#ifndef KORVEX2_HOST_PROGRAMOPTIONS_H
+#define KORVEX2_HOST_PROGRAMOPTIONS_H
 
 #include <QCommandLineParser>
 #include <QString>
@@ -8,7 +8,7 @@
 namespace korvex2 {
 
 /// What the operator asked for.
-struct CommandLine {
+struct ProgramOptions {
   QString pluginDir;         ///< empty: the usual folders
   QString databaseDir;       ///< empty: the user's own
   QString demonstrationDir;  ///< empty: no demonstration
@@ -17,7 +17,7 @@ struct CommandLine {
 
 /// Parses the arguments of the running application. Ends the program itself for --help and --version (exit code 0)
 /// and for what it does not understand (message on standard error, exit code 1).
-CommandLine parseCommandLine(const QStringList& arguments);
+ProgramOptions parseProgramOptions(const QStringList& arguments);
 
 /// True when the raw arguments ask for something that prints and ends, so that no display is needed.
 bool printsOnly(int argc, const char* const* argv);

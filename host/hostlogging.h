@@ -1,6 +1,6 @@
 // Logging categories of the host.
-#ifndef KORVEX2_HOST_LOGGING_H
-#define KORVEX2_HOST_LOGGING_H
+#ifndef KORVEX2_HOST_HOSTLOGGING_H
+#define KORVEX2_HOST_HOSTLOGGING_H
 
 #include <QLoggingCategory>
 

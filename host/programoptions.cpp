@@ -1,5 +1,5 @@
-// See commandline.h.
-#include "commandline.h"
+// See programoptions.h.
+#include "programoptions.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +13,7 @@ namespace {
 
 const char* const programName = "korvex2-frontend";
 
-QString tr(const char* text) { return QCoreApplication::translate("CommandLine", text); }
+QString tr(const char* text) { return QCoreApplication::translate("ProgramOptions", text); }
 
 [[noreturn]] void fail(const QString& message) {
   std::fprintf(stderr, "%s: %s\n", programName, qPrintable(message));
@@ -33,7 +33,7 @@ QString folderValue(const QCommandLineParser& parser, const QCommandLineOption& 
 
 }  // namespace
 
-CommandLine parseCommandLine(const QStringList& arguments) {
+ProgramOptions parseProgramOptions(const QStringList& arguments) {
   QCommandLineParser parser;
   parser.setApplicationDescription(
       tr("Front end of an optical tracking system: loads modules and connects them with a tracking backend."));
@@ -66,12 +66,12 @@ CommandLine parseCommandLine(const QStringList& arguments) {
   if (!parser.positionalArguments().isEmpty()) {
     fail(tr("unexpected argument \"%1\"").arg(parser.positionalArguments().constFirst()));
   }
-  CommandLine line;
-  line.pluginDir = folderValue(parser, pluginDir);
-  line.databaseDir = folderValue(parser, database);
-  line.demonstrationDir = folderValue(parser, demonstration);
-  line.listModules = parser.isSet(list);
-  return line;
+  ProgramOptions options;
+  options.pluginDir = folderValue(parser, pluginDir);
+  options.databaseDir = folderValue(parser, database);
+  options.demonstrationDir = folderValue(parser, demonstration);
+  options.listModules = parser.isSet(list);
+  return options;
 }
 
 bool printsOnly(int argc, const char* const* argv) {
