@@ -32,8 +32,8 @@ struct TrackedPose {
 ///   6d   <records>          {[id quality]              [x y z] [r11 r21 r31 r12 ... r33]}...
 ///   6dw  <records>          {[id quality buttons]      [x y z] [r11 r21 r31 r12 ... r33]}...
 ///   6dw2 <number> <records> {[id quality buttons more] [x y z] [r11 r21 r31 r12 ... r33] [...]}...
-/// A standard body is found by its id in "6d" lines (with the head-tracked user in front, by its id minus one), a
-/// hand-held device by its id in "6dw" lines and by its place in "6dw2" lines.
+/// A standard body is found by its id in "6d" lines (in multi-user mode "with head" by its id minus one), a hand-held
+/// device by its id in "6dw" lines and by its place in "6dw2" lines.
 ///
 /// Integers are read with base 0 (010 is eight, 0x10 sixteen) and held at the limits of int; reals as strtod reads
 /// them, with the decimal point in every locale, and kept in single precision.
@@ -63,7 +63,17 @@ class TrackingStream {
   void setWithHead(bool on);
   /// Makes both stores "not seen"; the rest of them stays.
   void resetQualities();
-  State state() const;
+  /// What the lines told so far, copied under the lock.
+  State state() const {
+    return look([](const State& state) { return state; });
+  }
+  /// The same without the copy: calls look(state) with the lock held, so what it does costs lines. It must not call
+  /// this object.
+  template <class Look>
+  auto look(Look&& look) const {
+    const std::lock_guard<std::mutex> guard(lock_);
+    return look(state_);
+  }
 
   // --- host's delivery thread ------------------------------------------------------------------------------------
 
@@ -86,8 +96,8 @@ class TrackingStream {
  private:
   enum class BodyType { Other, Standard, Device };
 
-  int parseBodies();
-  int parseDevices(bool newFormat);
+  int parseBodies(std::size_t length);
+  int parseDevices(std::size_t length, bool newFormat);
   void mark(Tracked tracked);
 
   mutable std::mutex lock_;  // guards everything up to buffer_
@@ -95,6 +105,7 @@ class TrackingStream {
   int chosenIndex_ = -1;
   bool withHead_ = false;
   State state_;
+  Tracked lineMarking_ = Tracked::Unknown;
   std::array<char, longestLine + 1> buffer_{};  // the line being read
   std::atomic<std::uint64_t> droppedTooLong_{0};
   std::atomic<std::uint64_t> droppedBusy_{0};
