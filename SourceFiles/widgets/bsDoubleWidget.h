@@ -117,7 +117,6 @@ class bsDoubleWidget : public QWidget {
   void editingBegin();
 
  protected:
-  bool eventFilter(QObject* watched, QEvent* event) override;
   void hideEvent(QHideEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void leaveEvent(QEvent* event) override;
@@ -126,7 +125,9 @@ class bsDoubleWidget : public QWidget {
   class ProgramChange;
 
   void createFields(double minimum, double maximum, bool wrapping);
+  void connectFields();
   void nameFields();
+  void takeFocus();
   void zeroWheel();
   void finishWheelEdit();
 
@@ -136,6 +137,7 @@ class bsDoubleWidget : public QWidget {
   QDoubleSpinBox* spin_ = nullptr;
   QwtWheel* wheel_ = nullptr;
   double lastWheelValue_ = 0.0;
+  unsigned int wheelResets_ = 0;   // how often the wheel went back to zero
   bool editing_ = false;           // an edit is open
   bool mouseEditing_ = false;      // the wheel is being dragged
   bool wheelEditPending_ = false;  // the wheel was turned without a drag and the edit is not yet closed
