@@ -106,18 +106,16 @@ class bsMatrix {
   // Builders: each overwrites the whole matrix and returns it.
   bsMatrix& translation(double x, double y, double z) { return translation(bsVector(x, y, z)); }
   bsMatrix& translation(const bsVector& t) {
-    const bsVector column = t;
     setIdentity();
-    setColumn(3, column, 1.0);
+    setColumn(3, t, 1.0);
     return *this;
   }
   bsMatrix& scaling(double x, double y, double z) { return scaling(bsVector(x, y, z)); }
   bsMatrix& scaling(const bsVector& s) {
-    const bsVector diagonal = s;
     setIdentity();
-    values_[0] = diagonal.x;
-    values_[5] = diagonal.y;
-    values_[10] = diagonal.z;
+    values_[0] = s.x;
+    values_[5] = s.y;
+    values_[10] = s.z;
     return *this;
   }
   /// Counter-clockwise by a degrees about +x, +y and +z.
