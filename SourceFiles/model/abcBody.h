@@ -18,6 +18,10 @@
 #include "bsMatrix.h"
 #include "bsVector.h"
 
+namespace korvex2 {
+struct BodyFileResult;
+}
+
 /// A body and the redefinition of its coordinate system.
 ///
 /// Positions are millimetres. Marker positions stay in loaded coordinates, those in which the body was loaded. The body
@@ -75,7 +79,8 @@ class abcBody : public QObject {
   const std::vector<abcLine*>& getLines() const { return lines_; }
   /// Whether a line joins these markers, in either direction.
   bool lineExists(const abcMarker* a, const abcMarker* b) const;
-  /// Appends a line; the body owns it from now on. A null pointer or a line that is in the list already is ignored.
+  /// Appends a line between two markers of this body, which owns it from now on. A null pointer or a line that is in
+  /// the list already is ignored.
   void addLine(abcLine* line);
   /// Takes a line out of the list; later lines move down. The object stays alive until the body is initialised or
   /// destroyed, on purpose: a selection may still point at it.
@@ -168,6 +173,7 @@ class abcBody : public QObject {
   /// Creates the markers and their centre of gravity.
   void createMarkers(const std::vector<bsVector>& positions);
   void colorMarkers();
+  /// Deletes markers and lines, and what belongs to them.
   void deleteObjects();
   void resetImmediateFrame();
   bsMatrix immediateMatrix() const;
@@ -175,6 +181,8 @@ class abcBody : public QObject {
   /// Goes to the newest entry of `from` and leaves the present transformation in `to`.
   void step(std::deque<bsMatrix>& from, std::deque<bsMatrix>& to);
   void warn(const QString& title, const QString& text);
+  static QString readingError(const korvex2::BodyFileResult& result, const QString& path);
+  static QString writingError(const korvex2::BodyFileResult& result, const QString& path);
   void drawCoordinateSystem() const;
 
   QString fileName_;

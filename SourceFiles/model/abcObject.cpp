@@ -1,1 +1,6 @@
-// placeholder, replaced while the room is built
+// See abcObject.h.
+#include "abcObject.h"
+
+abcObject::abcObject(abcObjectType type) : type_(type), color_(255, 255, 255, 255) {}
+
+abcObject::~abcObject() = default;
