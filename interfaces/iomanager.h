@@ -27,19 +27,19 @@ class Requester;
 /// placeholders so that the slots in use stay at their numbers. Never reorder.
 class IOManager {
  public:
-  virtual int reserved_slot_0() { return -1; }   // slot 0
-  virtual int reserved_slot_1() { return -1; }   // slot 1
-  virtual int reserved_slot_2() { return -1; }   // slot 2
-  virtual int reserved_slot_3() { return -1; }   // slot 3
+  virtual int reserved_slot_0() { return -1; }  // slot 0
+  virtual int reserved_slot_1() { return -1; }  // slot 1
+  virtual int reserved_slot_2() { return -1; }  // slot 2
+  virtual int reserved_slot_3() { return -1; }  // slot 3
   /// Slot 4. Sends a complete protocol command ("korvex2 ...") and returns the raw answer ("korvex2 ok").
   virtual int send_raw_command(char* answer, const char* format, ...) KORVEX2_PRINTF(3, 4) = 0;
-  virtual int reserved_slot_5() { return -1; }   // slot 5
+  virtual int reserved_slot_5() { return -1; }  // slot 5
   /// Slot 6. Asks for a text value.
   virtual int get_string(char* answer, const char* format, ...) KORVEX2_PRINTF(3, 4) = 0;
   /// Slot 7. Asks for an integer value.
   virtual int get_int(int* answer, const char* format, ...) KORVEX2_PRINTF(3, 4) = 0;
-  virtual int reserved_slot_8() { return -1; }   // slot 8
-  virtual int reserved_slot_9() { return -1; }   // slot 9
+  virtual int reserved_slot_8() { return -1; }  // slot 8
+  virtual int reserved_slot_9() { return -1; }  // slot 9
   /// Slot 10. Asks for `count` real values, written to values[0] .. values[count - 1].
   virtual int get_reals(double* values, int count, const char* format, ...) KORVEX2_PRINTF(4, 5) = 0;
   virtual int reserved_slot_11() { return -1; }  // slot 11

@@ -18,12 +18,12 @@
 /// Binary contract: virtual operations in this order. Never reorder.
 class ModuleInterface {
  public:
-  virtual ~ModuleInterface() = default;                    // 1
-  virtual void about_to_exit_module() = 0;                 // 2: the host is about to shut down
-  virtual void exit_module() = 0;                          // 3: release everything; the module is destroyed next
-  virtual QString get_module_name() const = 0;             // 4: display name, translated
-  virtual QString get_module_version() const = 0;          // 5: version text, for example "v3.1.4"
-  virtual QList<_GuiElement*> get_gui_elements() = 0;      // 6: records stay the module's property
+  virtual ~ModuleInterface() = default;                      // 1
+  virtual void about_to_exit_module() = 0;                   // 2: the host is about to shut down
+  virtual void exit_module() = 0;                            // 3: release everything; the module is destroyed next
+  virtual QString get_module_name() const = 0;               // 4: display name, translated
+  virtual QString get_module_version() const = 0;            // 5: version text, for example "v3.1.4"
+  virtual QList<_GuiElement*> get_gui_elements() = 0;        // 6: records stay the module's property
   virtual void set_param(QString name, QVariant value) = 0;  // 7: unknown names are ignored
 };
 

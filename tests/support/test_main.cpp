@@ -11,8 +11,9 @@ namespace {
 
 void failOnWiringWarnings(QtMsgType type, const QMessageLogContext&, const QString& text) {
   std::fprintf(stderr, "%s\n", qPrintable(text));
-  static const char* const wiring[] = {"No matching signal", "No such slot", "No such signal", "No such method",
-                                       "QObject::connect", "Could not parse stylesheet", "QLayout: "};
+  static const char* const wiring[] = {"No matching signal", "No such slot",     "No such signal",
+                                       "No such method",     "QObject::connect", "Could not parse stylesheet",
+                                       "QLayout: "};
   for (const char* words : wiring) {
     if (type != QtDebugMsg && text.contains(QLatin1String(words))) {
       ADD_FAILURE() << "toolkit warning: " << qPrintable(text);

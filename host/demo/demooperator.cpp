@@ -1,0 +1,185 @@
+// See demooperator.h.
+#include "demooperator.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QDoubleSpinBox>
+#include <QLineEdit>
+#include <QScreen>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTest>
+#include <QTimer>
+
+#include <cmath>
+#include <memory>
+
+namespace korvex2 {
+
+namespace {
+
+constexpr double initialCameraDistance = 300.0;  // mm, the module's own
+constexpr int settleMs = 120;                    // a few repaints of the view
+constexpr int dragStep = 40;                     // pixels of one mouse move
+
+}  // namespace
+
+template <class Widget>
+Widget* DemoOperator::find(const QString& name) {
+  auto* widget = dialog_ != nullptr ? dialog_->findChild<Widget*>(name) : nullptr;
+  if (widget == nullptr) {
+    complain(QStringLiteral("the dialog has no %1").arg(name));
+  }
+  return widget;
+}
+
+void DemoOperator::wait(int milliseconds) { QTest::qWait(milliseconds); }
+
+void DemoOperator::takePicture(QWidget* window, const QString& name) {
+  wait(settleMs);
+  if (window == nullptr) {
+    complain(QStringLiteral("nothing to take the picture %1 of").arg(name));
+    return;
+  }
+  const QRect area = window->frameGeometry();
+  const QPixmap picture = QApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
+  const QString file =
+      QDir(dir_).filePath(QStringLiteral("%1_%2.png").arg(++pictures_, 2, 10, QLatin1Char('0')).arg(name));
+  if (!picture.save(file)) {
+    complain(QStringLiteral("the picture %1 cannot be written").arg(file));
+  }
+}
+
+void DemoOperator::chooseBody(const QString& description) {
+  auto* list = find<QComboBox>(QStringLiteral("body_name"));
+  if (list == nullptr) {
+    return;
+  }
+  const int row = list->findText(description, Qt::MatchStartsWith);
+  if (row < 0) {
+    complain(QStringLiteral("there is no body %1 in the list").arg(description));
+    return;
+  }
+  QTest::mouseClick(list, Qt::LeftButton);
+  wait(QApplication::doubleClickInterval() + settleMs);  // an open list ignores a release that comes too soon
+  const QModelIndex entry = list->model()->index(row, list->modelColumn(), list->rootModelIndex());
+  list->view()->scrollTo(entry);
+  const QPoint place = list->view()->visualRect(entry).center();
+  QTest::mouseMove(list->view()->viewport(), place);
+  QTest::mouseClick(list->view()->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+  wait(settleMs);
+  if (list->currentIndex() != row) {
+    complain(QStringLiteral("%1 was clicked, but %2 is chosen").arg(description, list->currentText()));
+  }
+}
+
+void DemoOperator::press(const QString& button) {
+  auto* control = find<QAbstractButton>(button);
+  if (control == nullptr) {
+    return;
+  }
+  if (!control->isEnabled()) {
+    complain(QStringLiteral("%1 is disabled").arg(button));
+    return;
+  }
+  QTest::mouseClick(control, Qt::LeftButton);
+  wait(settleMs);
+}
+
+void DemoOperator::pressAndAnswer(const QString& button, const std::function<void(QWidget*)>& act) {
+  auto answered = std::make_shared<bool>(false);
+  QTimer poll;
+  QObject::connect(&poll, &QTimer::timeout, [this, act, answered] {
+    QWidget* window = QApplication::activeModalWidget();
+    if (window != nullptr && window != dialog_ && window->isVisible() && !*answered) {
+      *answered = true;
+      act(window);
+    }
+  });
+  poll.start(50);
+  press(button);
+  if (!*answered) {
+    complain(QStringLiteral("%1 opened no window").arg(button));
+  }
+}
+
+void DemoOperator::showPage(int page) {
+  if (auto* pages = find<QTabWidget>(QStringLiteral("tabWidget"))) {
+    QTest::mouseClick(pages->tabBar(), Qt::LeftButton, Qt::NoModifier, pages->tabBar()->tabRect(page).center());
+    wait(settleMs);
+  }
+}
+
+void DemoOperator::type(const QString& group, int axis, const QString& number) {
+  auto* entries = find<QWidget>(group);
+  if (entries == nullptr) {
+    return;
+  }
+  const QList<QDoubleSpinBox*> fields = entries->findChildren<QDoubleSpinBox*>();
+  if (axis >= fields.size()) {
+    complain(QStringLiteral("%1 has no field %2").arg(group).arg(axis));
+    return;
+  }
+  auto* text = fields[axis]->findChild<QLineEdit*>();
+  QTest::mouseClick(text, Qt::LeftButton);
+  QTest::keyClick(text, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClicks(text, QString(number).replace(QLatin1Char('.'), fields[axis]->locale().decimalPoint()));
+  QTest::keyClick(text, Qt::Key_Return);
+  wait(settleMs);
+}
+
+void DemoOperator::moveCameraBack(int millimetres) {
+  auto* pages = find<QStackedWidget>(QStringLiteral("stackedWidget"));
+  if (pages == nullptr) {
+    return;
+  }
+  QWidget* view = pages->currentWidget();
+  for (int left = millimetres; left > 0; left -= dragStep) {  // a pixel up is a millimetre away
+    const QPoint start(view->width() / 2, view->height() / 2 + dragStep);
+    const QPoint end = start - QPoint(0, qMin(left, dragStep));
+    QTest::mousePress(view, Qt::LeftButton, Qt::ShiftModifier, start);
+    QMouseEvent move(QEvent::MouseMove, end, view->mapToGlobal(end), Qt::NoButton, Qt::LeftButton, Qt::ShiftModifier);
+    QApplication::sendEvent(view, &move);
+    QTest::mouseRelease(view, Qt::LeftButton, Qt::ShiftModifier, end);
+  }
+  cameraDistance_ += millimetres;
+  wait(settleMs);
+}
+
+void DemoOperator::resetCamera() {
+  press(QStringLiteral("reset_view_button"));
+  cameraDistance_ = initialCameraDistance;
+}
+
+void DemoOperator::clickMarker(const Point& position, const Point& centre) {
+  auto* pages = find<QStackedWidget>(QStringLiteral("stackedWidget"));
+  if (pages == nullptr) {
+    return;
+  }
+  QWidget* view = pages->currentWidget();
+  const QPoint place = projected(position, centre, cameraDistance_, view->size()).toPoint();
+  if (!view->rect().contains(place)) {
+    complain(QStringLiteral("a marker to click lies outside of the view"));
+    return;
+  }
+  QTest::mouseClick(view, Qt::LeftButton, Qt::NoModifier, place);
+  wait(settleMs);
+}
+
+void DemoOperator::clickEmptySpace() {
+  if (auto* pages = find<QStackedWidget>(QStringLiteral("stackedWidget"))) {
+    QTest::mouseClick(pages->currentWidget(), Qt::LeftButton, Qt::NoModifier, QPoint(3, 3));
+    wait(settleMs);
+  }
+}
+
+bool DemoOperator::isEnabled(const QString& control) {
+  auto* widget = find<QWidget>(control);
+  return widget != nullptr && widget->isEnabled();
+}
+
+}  // namespace korvex2
