@@ -63,16 +63,16 @@ class TrackingStream {
   void setWithHead(bool on);
   /// Makes both stores "not seen"; the rest of them stays.
   void resetQualities();
-  /// What the lines told so far, copied under the lock.
-  State state() const {
-    return look([](const State& state) { return state; });
-  }
-  /// The same without the copy: calls look(state) with the lock held, so what it does costs lines. It must not call
+  /// Calls look(state) with the lock held, so what it does costs lines. It must not call
   /// this object.
   template <class Look>
   auto look(Look&& look) const {
     const std::lock_guard<std::mutex> guard(lock_);
     return look(state_);
+  }
+  /// What the lines told so far, copied under the lock.
+  State state() const {
+    return look([](const State& state) { return state; });
   }
 
   // --- host's delivery thread ------------------------------------------------------------------------------------
