@@ -6,6 +6,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
+#include <QPushButton>
 
 #include <algorithm>
 
@@ -36,7 +37,7 @@ void ModalWatch::expectBox(const QString& title, const QString& text, QMessageBo
     EXPECT_EQ(box->text().toStdString(), text.toStdString());
     QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
     if (box->defaultButton() != nullptr) {
-      defaultButton = box->standardButton(static_cast<QAbstractButton*>(box->defaultButton()));
+      defaultButton = box->standardButton(box->defaultButton());
     }
     boxes_.push_back({box->windowTitle(), box->text(), box->standardButtons(), defaultButton, box->icon()});
     QAbstractButton* button = box->button(answer);
