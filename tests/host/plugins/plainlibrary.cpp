@@ -1,0 +1,2 @@
+// A shared library that is no plug-in.
+extern "C" int plainLibraryAnswer() { return 42; }

@@ -1,0 +1,162 @@
+// The program korvex2-frontend as it is started from a shell.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "modulefiles.h"
+
+namespace {
+
+struct Run {
+  int exitCode = -1;
+  std::string out;
+  std::string err;
+};
+
+class Program : public testing::Test {
+ protected:
+  Run run(const QStringList& arguments, const QProcessEnvironment& extra = {}) const {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("XDG_DATA_HOME", home.filePath("data"));
+    environment.insert("XDG_CONFIG_HOME", home.filePath("config"));
+    environment.remove("KORVEX2_MODULE_PATH");
+    for (const char* display : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+      environment.remove(display);
+    }
+    for (const QString& name : extra.keys()) {
+      environment.insert(name, extra.value(name));
+    }
+    process.setProcessEnvironment(environment);
+    process.start(FRONTEND_PROGRAM, arguments);
+    Run result;
+    if (!process.waitForFinished(30000)) {
+      ADD_FAILURE() << "the program did not end: " << process.errorString().toStdString();
+      process.kill();
+      process.waitForFinished();
+      return result;
+    }
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    result.exitCode = process.exitCode();
+    result.out = process.readAllStandardOutput().toStdString();
+    result.err = process.readAllStandardError().toStdString();
+    return result;
+  }
+  static bool says(const std::string& text, const std::string& words) { return text.find(words) != std::string::npos; }
+
+  QTemporaryDir home;
+  ModuleFiles files;
+};
+
+}  // namespace
+
+TEST_F(Program, PrintsItsVersionWithoutADisplay) {
+  const Run version = run({"--version"});
+  EXPECT_EQ(version.exitCode, 0);
+  EXPECT_EQ(version.out.substr(0, 17), "korvex2-frontend ");
+  EXPECT_EQ(std::count(version.out.begin(), version.out.end(), '.'), 2);
+}
+
+TEST_F(Program, PrintsItsOptionsWithoutADisplay) {
+  const Run help = run({"--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  for (const char* option : {"--plugin-dir", "--database", "--list-modules", "--demo", "--version", "--help"}) {
+    EXPECT_TRUE(says(help.out, option)) << option;
+  }
+}
+
+TEST_F(Program, RefusesWhatItDoesNotUnderstandWithExitCodeOne) {
+  Run refused = run({"--nonsense"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_TRUE(says(refused.err, "nonsense")) << refused.err;
+  EXPECT_EQ(refused.out, "");
+  refused = run({"stray"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_TRUE(says(refused.err, "stray"));
+  refused = run({"--plugin-dir"});
+  EXPECT_EQ(refused.exitCode, 1);
+  refused = run({"--plugin-dir", "", "--list-modules"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_TRUE(says(refused.err, "plugin-dir"));
+}
+
+TEST_F(Program, SaysSoWhenThereIsNoDisplayForItsWindow) {
+  const Run noDisplay = run({});
+  EXPECT_EQ(noDisplay.exitCode, 1);
+  EXPECT_TRUE(says(noDisplay.err, "display")) << noDisplay.err;
+}
+
+TEST_F(Program, ListsModulesWithNameVersionAndFile) {
+  const std::string file = files.copy("alphamodule").toStdString();
+  const Run list = run({"--list-modules", "--plugin-dir", files.path()});
+  EXPECT_EQ(list.exitCode, 0);
+  EXPECT_EQ(list.out, "Modules:\n  Alpha v1.2.3 (" + file + ")\nSearched:\n  " + files.path().toStdString() + "\n");
+}
+
+TEST_F(Program, ListsRefusedModulesWithTheReasonAndStillSucceeds) {
+  const std::string foreign = files.copy("foreignmodule").toStdString();
+  const std::string text = files.write("libtext.so", "text").toStdString();
+  files.truncated("alphamodule", 0.4, "libcut.so");
+  const Run list = run({"--list-modules", "--plugin-dir", files.path()});
+  EXPECT_EQ(list.exitCode, 0);
+  EXPECT_TRUE(says(list.out, "No modules found.\nRefused:\n")) << list.out;
+  EXPECT_TRUE(says(list.out, "  " + foreign + ": it is a plug-in of another program")) << list.out;
+  EXPECT_TRUE(says(list.out, "  " + text + ": it is no plug-in")) << list.out;
+  EXPECT_TRUE(says(list.out, "libcut.so: it is no plug-in")) << list.out;
+}
+
+TEST_F(Program, ListsAMissingFolderThatWasAskedFor) {
+  const Run list = run({"--list-modules", "--plugin-dir", "/nowhere/at/all"});
+  EXPECT_EQ(list.exitCode, 0);
+  EXPECT_TRUE(says(list.out, "/nowhere/at/all: the folder does not exist")) << list.out;
+}
+
+TEST_F(Program, SearchesTheUsualFoldersInOrder) {
+  files.copy("alphamodule", "variable/libm.so");
+  ASSERT_TRUE(QDir().mkpath(home.filePath("data/korvex2/frontend/modules")));
+  ASSERT_TRUE(
+      QFile::copy(TEST_MODULES_FOLDER "/libbetamodule.so", home.filePath("data/korvex2/frontend/modules/libb.so")));
+  ASSERT_TRUE(
+      QFile::copy(TEST_MODULES_FOLDER "/libbetamodule.so", home.filePath("data/korvex2/frontend/modules/libm.so")));
+  QProcessEnvironment environment;
+  environment.insert("KORVEX2_MODULE_PATH", files.path("variable"));
+  const Run list = run({"--list-modules"}, environment);
+  EXPECT_EQ(list.exitCode, 0);
+  const std::size_t alpha = list.out.find("Alpha v1.2.3");
+  const std::size_t beta = list.out.find("Beta v1.2.3");
+  ASSERT_NE(alpha, std::string::npos) << list.out;
+  ASSERT_NE(beta, std::string::npos) << list.out;
+  EXPECT_LT(alpha, beta);
+  const std::size_t skipped = list.out.find("Skipped:\n");
+  ASSERT_NE(skipped, std::string::npos) << list.out;
+  EXPECT_TRUE(says(list.out.substr(skipped), "frontend/modules/libm.so: ")) << list.out;
+  const std::size_t searched = list.out.find("Searched:\n");
+  const std::string folders = list.out.substr(searched);
+  const std::size_t variable = folders.find(files.path("variable").toStdString());
+  const std::size_t tree =
+      folders.find(QDir::cleanPath(QFileInfo(FRONTEND_PROGRAM).path() + "/../modules").toStdString());
+  const std::size_t user = folders.find("/data/korvex2/frontend/modules");
+  const std::size_t installed = folders.find("/korvex2/modules\n", user + 40);
+  EXPECT_LT(variable, tree) << folders;
+  EXPECT_LT(tree, user) << folders;
+  EXPECT_LT(user, installed) << folders;
+  EXPECT_NE(installed, std::string::npos) << folders;
+}
+
+TEST_F(Program, TheDemonstrationRunsToItsEndAndMakesTheUsersDatabase) {
+  files.copy("alphamodule");
+  const Run demo = run({"--demo", home.filePath("pictures"), "--plugin-dir", files.path()});
+  EXPECT_EQ(demo.exitCode, 0) << demo.err;
+  EXPECT_FALSE(QDir(home.filePath("pictures")).isEmpty());
+  EXPECT_TRUE(QFile::exists(home.filePath("data/korvex2/frontend/database/catalogue.json")));
+}
+
+TEST_F(Program, ADatabaseThatIsGivenIsUsedInPlaceOfTheUsersOwn) {
+  const Run demo =
+      run({"--demo", home.filePath("pictures"), "--plugin-dir", files.path(), "--database", home.filePath("mine")});
+  EXPECT_EQ(demo.exitCode, 0) << demo.err;
+  EXPECT_FALSE(QFile::exists(home.filePath("data/korvex2/frontend/database")));
+}
