@@ -94,7 +94,8 @@ class BodyDatabase {
   /// Hand-held devices: the bodies of the type "wandgrip".
   int numberOfDevices() const;
 
-  // Settings. They change whether or not the configuration is locked; the lock protects bodies.
+  // Settings. They change whether or not the configuration is locked; the lock protects bodies. A mode that is not
+  // available cannot be on: switching it on is refused, and taking the availability away switches it off.
   Outcome setSettings(const BackendSettings& settings);
   Outcome setVersion(const BackendVersion& version);
   Outcome setConfigChangeable(bool changeable);
@@ -119,14 +120,24 @@ class BodyDatabase {
   Outcome setTargetType(const BodyKey& key, const QByteArray& targetType);
 
  private:
-  struct TypeBodies;
   using Edit = std::function<Outcome(Body&)>;
 
+  // Reading (bodydatabase.cpp).
+  void takeLock();
   void read();
+  void place(Body body);
+  void fillGaps();
+  void readGeometry(Body& body, const std::vector<MarkerEmission>& emissions, int catalogueLine);
+  QString cataloguePath() const;
+  QString bodyPath(const QString& file) const;
+
+  // Writing (bodydatabase_changes.cpp).
   Outcome changeBody(const BodyKey& key, const Edit& edit);
+  Outcome changeMarker(const BodyKey& key, int marker, const std::function<void(BodyMarker&)>& edit);
+  Outcome store(const Body& before, Body& after);
   Outcome commit(const QJsonObject& catalogue);
-  Outcome mayWrite() const;
-  Body* findForChange(const BodyKey& key);
+  QString newFileName(const BodyKey& key, const QString& current) const;
+  bool isFileNamed(const QString& file) const;
 
   QString folder_;
   QStringList problems_;

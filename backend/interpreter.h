@@ -40,6 +40,8 @@ class Interpreter {
   bool isMeasuring() const { return measuring_ && database_.settings().trackingAvailable; }
   Outcome startMeasurement();
   void stopMeasurement() { measuring_ = false; }
+  /// As the database's setting of that name; a running measurement ends when tracking goes.
+  Outcome setTrackingAvailable(bool available);
 
   /// Whether lines of a kind ("6d", "6dw", "6dw2") are switched on for the output channel "chmon".
   bool isOutputActive(const QByteArray& kind) const { return activeOutputs_.count(kind) != 0; }

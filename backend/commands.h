@@ -1,0 +1,47 @@
+// The vocabulary of the command language: which queries, settings and commands there are, and what they do.
+#ifndef KORVEX2_BACKEND_COMMANDS_H
+#define KORVEX2_BACKEND_COMMANDS_H
+
+#include <QByteArray>
+
+#include <vector>
+
+#include "bodydatabase.h"
+#include "commandline.h"
+#include "outcome.h"
+
+namespace korvex2 {
+
+class Interpreter;
+
+/// What the fields behind a query, setting or command say, checked against the database.
+struct Arguments {
+  BodyKey key;                         ///< %type, %body
+  const Body* body = nullptr;          ///< %body
+  const BodyType* bodyType = nullptr;  ///< %type, %typenumber
+  int marker = 0;                      ///< %marker: from 1; it exists
+  int count = 0;                       ///< %count
+  bool flag = false;                   ///< %flag: yes or no
+  std::vector<double> reals;           ///< %real
+  BackendVersion version;              ///< %version
+  QByteArray text;                     ///< %text, %kind
+};
+
+/// Value of a query, or why there is none.
+struct QueryAnswer {
+  QByteArray value;
+  Outcome outcome;
+};
+
+/// Answers the fields behind `korvex2 get`.
+QueryAnswer answerQuery(const Interpreter& interpreter, const std::vector<Field>& fields);
+
+/// Carries out the fields behind `korvex2 set`.
+Outcome carryOutSetting(Interpreter& interpreter, const std::vector<Field>& fields);
+
+/// Carries out the fields behind `korvex2`, where neither get nor set follows.
+Outcome carryOutCommand(Interpreter& interpreter, const std::vector<Field>& fields);
+
+}  // namespace korvex2
+
+#endif

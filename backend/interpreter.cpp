@@ -1,0 +1,84 @@
+// Answers command lines: splits them, hands the fields to the vocabulary, puts the answer into words.
+#include "interpreter.h"
+
+#include <vector>
+
+#include "commandline.h"
+#include "commands.h"
+
+namespace korvex2 {
+
+namespace {
+
+QByteArray answerTo(const Outcome& outcome) {
+  if (outcome) {
+    return QByteArrayLiteral("korvex2 ok");
+  }
+  // A text may name a file; whatever its name holds, the answer stays one line with two quotes.
+  QByteArray text = outcome.text.toUtf8();
+  for (char& c : text) {
+    if (c == '"' || static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+      c = '?';
+    }
+  }
+  return "korvex2 err " + QByteArray::number(static_cast<int>(outcome.number)) + " \"" + text + '"';
+}
+
+}  // namespace
+
+Interpreter::Interpreter(BodyDatabase& database) : database_(database), activeOutputs_{"6d"} {}
+
+Outcome Interpreter::startMeasurement() {
+  if (!database_.settings().trackingAvailable) {
+    return Outcome::failed(ErrorNumber::NotAvailable, QStringLiteral("tracking is not available"));
+  }
+  measuring_ = true;
+  return Outcome::done();
+}
+
+Outcome Interpreter::setTrackingAvailable(bool available) {
+  const Outcome outcome = database_.setTrackingAvailable(available);
+  if (outcome && !available) {
+    stopMeasurement();  // and it does not come back by itself
+  }
+  return outcome;
+}
+
+void Interpreter::setOutputActive(const QByteArray& kind, bool active) {
+  if (active) {
+    activeOutputs_.insert(kind);
+  } else {
+    activeOutputs_.erase(kind);
+  }
+}
+
+QByteArray Interpreter::answer(const QByteArray& line) {
+  CommandLine command = splitCommandLine(line);
+  if (!command.outcome) {
+    return answerTo(command.outcome);
+  }
+  std::vector<Field>& fields = command.fields;
+  if (fields.empty() || fields[0].quoted || fields[0].text != "korvex2") {
+    return answerTo(Outcome::failed(ErrorNumber::Unknown, QStringLiteral("a command begins with korvex2")));
+  }
+  fields.erase(fields.begin());
+  const QByteArray verb = fields.empty() || fields[0].quoted ? QByteArray() : fields[0].text;
+  if (verb != "get" && verb != "set") {
+    return answerTo(carryOutCommand(*this, fields));
+  }
+  fields.erase(fields.begin());
+  if (verb == "set") {
+    return answerTo(carryOutSetting(*this, fields));
+  }
+  const QueryAnswer query = answerQuery(*this, fields);
+  if (!query.outcome) {
+    return answerTo(query.outcome);
+  }
+  QByteArray answer = QByteArrayLiteral("korvex2 set ");
+  for (const Field& field : fields) {
+    answer += field.text + ' ';  // as asked, so that the sender finds its query in the answer
+  }
+  return answer + query.value;
+}
+
+}  // namespace korvex2
