@@ -17,8 +17,9 @@ QString userDatabaseFolder() {
 QString shippedDataFolder(const QString& programFolder) {
   for (const QString& folder :
        {programFolder + QStringLiteral("/" KORVEX2_DATA_FROM_PROGRAM), QStringLiteral(KORVEX2_SOURCE_DATA)}) {
-    if (QFileInfo(folder).isDir()) {
-      return QDir::cleanPath(folder);
+    const QString clean = QDir::cleanPath(folder);  // also where the program's folder is named but not there
+    if (QFileInfo(clean).isDir()) {
+      return clean;
     }
   }
   return {};

@@ -30,7 +30,7 @@ TEST(ChannelText, FormatsAsPrintfDoes) {
 
 TEST(ChannelText, FormatsWithADecimalPointUnderACommaLocale) {
   const CommaLocale comma;
-  ASSERT_TRUE(comma.ready()) << "a German locale could not be made (Debian: locales)";
+  ASSERT_TRUE(comma.ready()) << "a locale with a comma could not be made";
   EXPECT_EQ(format("%.3f %.8f", 1.5, -0.25), QByteArray("1.500 -0.25000000"));
   EXPECT_TRUE(comma.ready()) << "the thread's own locale is left as it was";
 }
@@ -90,7 +90,7 @@ TEST(ChannelText, RealsAreExactlyTheNumbersAskedFor) {
 
 TEST(ChannelText, RealsAreReadWithADecimalPointUnderACommaLocale) {
   const CommaLocale comma;
-  ASSERT_TRUE(comma.ready()) << "a German locale could not be made (Debian: locales)";
+  ASSERT_TRUE(comma.ready()) << "a locale with a comma could not be made";
   EXPECT_EQ(parseReals("1.5 -0.25", 2), (std::vector<double>{1.5, -0.25}));
   EXPECT_FALSE(parseReals("1,5", 1));
 }

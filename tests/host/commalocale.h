@@ -3,24 +3,34 @@
 #define KORVEX2_TESTS_COMMALOCALE_H
 
 #include <clocale>
+#include <cstdio>
 #include <string>
 
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
-/// While it lives, the process formats numbers the German way. The locale is made from the system's locale sources
-/// (Debian: locales), so no installed locale is needed. Check ready() first.
+/// While it lives, printf and strtod write and read "1,5". The locale is made on the spot by localedef (Debian:
+/// libc-bin), so no other locale need be installed. Check ready() first.
 class CommaLocale {
  public:
-  CommaLocale() : previous_(std::setlocale(LC_ALL, nullptr)), previousPath_(qgetenv("LOCPATH")) {
-    const QString made = folder_.filePath(QStringLiteral("de_DE.UTF-8"));
-    QProcess::execute(QStringLiteral("localedef"), {"-i", "de_DE", "-f", "UTF-8", made});
+  CommaLocale() : previous_(std::setlocale(LC_NUMERIC, nullptr)), previousPath_(qgetenv("LOCPATH")) {
+    QFile source(folder_.filePath(QStringLiteral("source")));
+    if (source.open(QIODevice::WriteOnly)) {
+      source.write("LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+      source.close();
+    }
+    QProcess maker;
+    // The other categories stay undefined, which is a warning; -c makes the locale all the same.
+    maker.start(QStringLiteral("localedef"),
+                {"-c", "-i", source.fileName(), "-f", "ANSI_X3.4-1968", folder_.filePath(QStringLiteral("comma"))});
+    maker.waitForFinished();
     qputenv("LOCPATH", folder_.path().toLocal8Bit());
-    ready_ = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
+    std::setlocale(LC_NUMERIC, "comma");
   }
   ~CommaLocale() {
     previousPath_.isNull() ? qunsetenv("LOCPATH") : qputenv("LOCPATH", previousPath_);
-    std::setlocale(LC_ALL, previous_.c_str());
+    std::setlocale(LC_NUMERIC, previous_.c_str());
   }
   CommaLocale(const CommaLocale&) = delete;
   CommaLocale& operator=(const CommaLocale&) = delete;
@@ -29,14 +39,13 @@ class CommaLocale {
   bool ready() const {
     char text[16];
     std::snprintf(text, sizeof text, "%.1f", 1.5);
-    return ready_ && std::string(text) == "1,5";
+    return std::string(text) == "1,5";
   }
 
  private:
   QTemporaryDir folder_;
   std::string previous_;
   QByteArray previousPath_;
-  bool ready_ = false;
 };
 
 #endif

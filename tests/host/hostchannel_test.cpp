@@ -242,7 +242,7 @@ TEST_F(Channel, ACommandOnAForeignThreadIsRefused) {
 
 TEST_F(Channel, NumbersAreSentAndReadWithADecimalPointUnderACommaLocale) {
   const CommaLocale comma;
-  ASSERT_TRUE(comma.ready()) << "a German locale could not be made (Debian: locales)";
+  ASSERT_TRUE(comma.ready()) << "a locale with a comma could not be made";
   backend.answers["korvex2 set body marker standard b01 m01 1.500 -0.250 0.125"] = "korvex2 ok";
   EXPECT_EQ(channel.set_value("body marker %s b%2.2d m%2.2d %.3f %.3f %.3f", "standard", 1, 1, 1.5, -0.25, 0.125), 0);
   backend.answers["korvex2 get body marker standard b01 m01"] = "korvex2 set body marker standard b01 m01 1.5 -0.25 2";

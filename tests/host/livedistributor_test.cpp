@@ -22,8 +22,8 @@ namespace {
 struct Listener : Requester {
   int set_ascii_data(const char* tag, const char* line) override {
     taken.push_back(std::string(tag) + "|" + line);
-    if (act) {
-      act();
+    if (const auto running = act) {  // a copy: the action may put another one in its place
+      running();
     }
     return 0;
   }
