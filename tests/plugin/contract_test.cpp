@@ -18,12 +18,15 @@
 #include <string>
 #include <vector>
 
-class IOManager;
-struct BackendVersions;
-Q_DECLARE_METATYPE(IOManager*)
-Q_DECLARE_METATYPE(BackendVersions*)
-
 namespace {
+
+// A value of a pointer type that this host knows by its name only.
+QVariant pointerValue(const char* typeName, void* pointer) {
+  using Helper = QtMetaTypePrivate::QMetaTypeFunctionHelper<void*>;
+  const int type = QMetaType::registerNormalizedType(typeName, Helper::Destruct, Helper::Construct, sizeof(void*),
+                                                     QMetaType::MovableType, nullptr);
+  return QVariant(type, &pointer);
+}
 
 struct Call {
   int slot;
@@ -201,9 +204,9 @@ class Contract : public testing::Test {
     }
   }
   void handOver() {
-    module->setParameter("CommandManager", QVariant::fromValue(reinterpret_cast<IOManager*>(&host)));
+    module->setParameter("CommandManager", pointerValue("IOManager*", &host));
     module->setParameter("ModuleParent", QVariant::fromValue<QWidget*>(&window));
-    module->setParameter("BackendVersions", QVariant::fromValue(reinterpret_cast<BackendVersions*>(versions)));
+    module->setParameter("BackendVersions", pointerValue("BackendVersions*", versions));
     module->setParameter("ObserverMode", true);
   }
   // Runs the dialog by its menu action and closes it again from inside; returns the calls in between.
