@@ -141,6 +141,12 @@ class bsMatrix {
     }
     return *this;
   }
+  /// A number would step along the pointer that a matrix converts to.
+  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+  bsMatrix operator+(Number) const = delete;
+  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+  bsMatrix operator-(Number) const = delete;
+
   bsMatrix operator*(double s) const { return bsMatrix(*this) *= s; }
   bsMatrix operator/(double s) const { return bsMatrix(*this) /= s; }
   bsMatrix& operator*=(double s) {
@@ -207,6 +213,8 @@ class bsMatrix {
 bsMatrix operator*(const bsMatrix& a, const bsMatrix& b);
 /// A number stands on the right. Deleted, lest it convert to a matrix full of itself.
 bsMatrix operator*(double s, const bsMatrix& m) = delete;
+template <class Number>
+std::enable_if_t<std::is_arithmetic_v<Number>, bsMatrix> operator+(Number, const bsMatrix&) = delete;
 
 bool operator==(bsMatrix a, bsMatrix b);
 bool operator!=(bsMatrix a, bsMatrix b);

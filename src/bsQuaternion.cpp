@@ -55,11 +55,17 @@ bsQuaternion& bsQuaternion::fromMatrix(const bsMatrix& m) {
   const double trace = m00 + m11 + m22 + 1.0;  // 4 w^2
   // Compared with the tolerance rather than with 0: rounding leaves a half turn a trace of some 1e-16 of either sign,
   // and w taken from that would make the turn vanish.
-  if (trace > tolerance) {
+  const bool hasScalar = trace > tolerance;
+  // With w^2 < 1/2, dividing by w enlarges what the matrix lacks of a rotation by tan^2 of half the angle, at each of
+  // the many ways through a matrix that copies of a frame take. A rotation has the same answer without that.
+  const bool isScalarSmall = trace < 2.0 && m.isOrthonormal();
+  if (hasScalar && !isScalarSmall) {
     const double s = 0.5 / std::sqrt(trace);
     setValues((m.data(2, 1) - m.data(1, 2)) * s, (m.data(0, 2) - m.data(2, 0)) * s, (m.data(1, 0) - m.data(0, 1)) * s,
               0.25 / s);
-  } else if (m00 > m11 && m00 > m22) {
+    return *this;
+  }
+  if (m00 > m11 && m00 > m22) {
     const double s = 0.5 / std::sqrt(1.0 + m00 - m11 - m22);
     setValues(0.25 / s, (m.data(1, 0) + m.data(0, 1)) * s, (m.data(2, 0) + m.data(0, 2)) * s,
               (m.data(2, 1) - m.data(1, 2)) * s);
@@ -74,6 +80,9 @@ bsQuaternion& bsQuaternion::fromMatrix(const bsMatrix& m) {
     const double s = 0.5 / std::sqrt(z4);
     setValues((m.data(2, 0) + m.data(0, 2)) * s, (m.data(2, 1) + m.data(1, 2)) * s, 0.25 / s,
               (m.data(1, 0) - m.data(0, 1)) * s);
+  }
+  if (hasScalar && w < 0.0) {
+    setValues(-x, -y, -z, -w);  // the sign that dividing by w gives
   }
   return *this;
 }

@@ -49,12 +49,12 @@ class bsQuaternion {
   }
 
   /// Sets the quaternion of the rotation in the upper-left 3x3 block of m; the rest of m is not read. The result is not
-  /// normalised, and w may be negative.
+  /// normalised. Its w is positive, but for a half turn (w within 1.6e-4 of 0), where it may have either sign.
   ///
   /// Derivation: the diagonal of the matrix gives 4 w^2 = 1 + M00 + M11 + M22, 4 x^2 = 1 + M00 - M11 - M22 and so on;
   /// sums and differences of mirrored elements give 4 xy, 4 wz and so on. So one value comes from a root and the others
-  /// from dividing by it. That value is w unless 4 w^2 is within the tolerance of 0: there, in a half turn, the
-  /// differences that w divides hold nothing but rounding, and the largest of x, y and z is taken in its place.
+  /// from dividing by it. For a matrix that is no rotation that value is w, as long as 4 w^2 is above the tolerance;
+  /// for a rotation, and in a half turn, it is a large one: w up to a quarter turn, the largest of x, y and z beyond.
   bsQuaternion& fromMatrix(const bsMatrix& m);
 
   /// Scales to length 1; shorter than the tolerance, it becomes the identity.

@@ -22,8 +22,8 @@
 /// NaN. Two exceptions: normalize() leaves a vector shorter than the tolerance alone, and a component index outside
 /// 0..2 aborts the program.
 ///
-/// There is no vector + number: next to the conversion to a pointer it would be ambiguous, and does not compile. Nor
-/// is there number * vector.
+/// Numbers stand on the right of a vector and only multiply or divide it: neither 2 * v nor v + 2 compiles (the latter
+/// would step along the pointer that a vector converts to).
 class bsVector {
  public:
   /// Absolute tolerance of equality, normalize(), isOrthogonal() and getSnappedToAxis(), in units of the components.
@@ -87,6 +87,11 @@ class bsVector {
   bsVector operator/(double s) const { return {x / s, y / s, z / s}; }
   /// Cross product, right-handed: x ^ y = z. Mind the precedence of ^, lower than that of comparisons.
   bsVector operator^(const bsVector& b) const { return {y * b.z - z * b.y, z * b.x - x * b.z, x * b.y - y * b.x}; }
+
+  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+  bsVector operator+(Number) const = delete;
+  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+  bsVector operator-(Number) const = delete;
 
   bsVector& operator+=(const bsVector& b) { return *this = *this + b; }
   bsVector& operator-=(const bsVector& b) { return *this = *this - b; }
@@ -153,6 +158,9 @@ class bsVector {
     return i == Integer(0) ? v.x : i == Integer(1) ? v.y : v.z;
   }
 };
+
+template <class Number>
+std::enable_if_t<std::is_arithmetic_v<Number>, bsVector> operator+(Number, const bsVector&) = delete;
 
 /// Writes {x,y,z} with the stream's own number format.
 std::ostream& operator<<(std::ostream& out, const bsVector& v);
