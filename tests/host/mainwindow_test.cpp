@@ -123,8 +123,16 @@ TEST_F(Window, AnEntrysStatusTipIsShownWhileItIsChosen) {
   add("Body &adjustment", "&Calibration", 680, 300)->action->setStatusTip("Perform the body adjustment");
   window->addModuleEntries(elements);
   show();
-  actions[0]->hover();
+  channel.send_message("standard", "Korvex2", 1, "a report");
+  QAction* calibration = window->menuBar()->actions().at(2);
+  ASSERT_EQ(calibration->text(), "&Calibration");
+  window->menuBar()->setActiveAction(calibration);
+  calibration->menu()->setActiveAction(actions[0].get());
   EXPECT_EQ(window->statusBar()->currentMessage(), "Perform the body adjustment");
+  calibration->menu()->close();
+  // Afterwards the report is there again, where a message of the status bar itself would be gone.
+  EXPECT_TRUE(QTest::qWaitFor([&] { return window->statusBar()->currentMessage().isEmpty(); }, 2000));
+  EXPECT_TRUE(window->statusBar()->findChild<QLabel*>("lastReport")->isVisible());
 }
 
 TEST_F(Window, AShortcutTakenTwiceIsReported) {

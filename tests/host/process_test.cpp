@@ -6,11 +6,14 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <string>
+
 #include "modulefiles.h"
 
 namespace {
 
-struct Run {
+struct Ended {
   int exitCode = -1;
   std::string out;
   std::string err;
@@ -18,7 +21,7 @@ struct Run {
 
 class Program : public testing::Test {
  protected:
-  Run run(const QStringList& arguments, const QProcessEnvironment& extra = {}) const {
+  Ended run(const QStringList& arguments, const QProcessEnvironment& extra = {}) const {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("XDG_DATA_HOME", home.filePath("data"));
@@ -32,7 +35,7 @@ class Program : public testing::Test {
     }
     process.setProcessEnvironment(environment);
     process.start(FRONTEND_PROGRAM, arguments);
-    Run result;
+    Ended result;
     if (!process.waitForFinished(30000)) {
       ADD_FAILURE() << "the program did not end: " << process.errorString().toStdString();
       process.kill();
@@ -54,14 +57,14 @@ class Program : public testing::Test {
 }  // namespace
 
 TEST_F(Program, PrintsItsVersionWithoutADisplay) {
-  const Run version = run({"--version"});
+  const Ended version = run({"--version"});
   EXPECT_EQ(version.exitCode, 0);
   EXPECT_EQ(version.out.substr(0, 17), "korvex2-frontend ");
   EXPECT_EQ(std::count(version.out.begin(), version.out.end(), '.'), 2);
 }
 
 TEST_F(Program, PrintsItsOptionsWithoutADisplay) {
-  const Run help = run({"--help"});
+  const Ended help = run({"--help"});
   EXPECT_EQ(help.exitCode, 0);
   for (const char* option : {"--plugin-dir", "--database", "--list-modules", "--demo", "--version", "--help"}) {
     EXPECT_TRUE(says(help.out, option)) << option;
@@ -69,7 +72,7 @@ TEST_F(Program, PrintsItsOptionsWithoutADisplay) {
 }
 
 TEST_F(Program, RefusesWhatItDoesNotUnderstandWithExitCodeOne) {
-  Run refused = run({"--nonsense"});
+  Ended refused = run({"--nonsense"});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_TRUE(says(refused.err, "nonsense")) << refused.err;
   EXPECT_EQ(refused.out, "");
@@ -84,14 +87,14 @@ TEST_F(Program, RefusesWhatItDoesNotUnderstandWithExitCodeOne) {
 }
 
 TEST_F(Program, SaysSoWhenThereIsNoDisplayForItsWindow) {
-  const Run noDisplay = run({});
+  const Ended noDisplay = run({});
   EXPECT_EQ(noDisplay.exitCode, 1);
   EXPECT_TRUE(says(noDisplay.err, "display")) << noDisplay.err;
 }
 
 TEST_F(Program, ListsModulesWithNameVersionAndFile) {
   const std::string file = files.copy("alphamodule").toStdString();
-  const Run list = run({"--list-modules", "--plugin-dir", files.path()});
+  const Ended list = run({"--list-modules", "--plugin-dir", files.path()});
   EXPECT_EQ(list.exitCode, 0);
   EXPECT_EQ(list.out, "Modules:\n  Alpha v1.2.3 (" + file + ")\nSearched:\n  " + files.path().toStdString() + "\n");
 }
@@ -100,7 +103,7 @@ TEST_F(Program, ListsRefusedModulesWithTheReasonAndStillSucceeds) {
   const std::string foreign = files.copy("foreignmodule").toStdString();
   const std::string text = files.write("libtext.so", "text").toStdString();
   files.truncated("alphamodule", 0.4, "libcut.so");
-  const Run list = run({"--list-modules", "--plugin-dir", files.path()});
+  const Ended list = run({"--list-modules", "--plugin-dir", files.path()});
   EXPECT_EQ(list.exitCode, 0);
   EXPECT_TRUE(says(list.out, "No modules found.\nRefused:\n")) << list.out;
   EXPECT_TRUE(says(list.out, "  " + foreign + ": it is a plug-in of another program")) << list.out;
@@ -109,7 +112,7 @@ TEST_F(Program, ListsRefusedModulesWithTheReasonAndStillSucceeds) {
 }
 
 TEST_F(Program, ListsAMissingFolderThatWasAskedFor) {
-  const Run list = run({"--list-modules", "--plugin-dir", "/nowhere/at/all"});
+  const Ended list = run({"--list-modules", "--plugin-dir", "/nowhere/at/all"});
   EXPECT_EQ(list.exitCode, 0);
   EXPECT_TRUE(says(list.out, "/nowhere/at/all: the folder does not exist")) << list.out;
 }
@@ -123,7 +126,7 @@ TEST_F(Program, SearchesTheUsualFoldersInOrder) {
       QFile::copy(TEST_MODULES_FOLDER "/libbetamodule.so", home.filePath("data/korvex2/frontend/modules/libm.so")));
   QProcessEnvironment environment;
   environment.insert("KORVEX2_MODULE_PATH", files.path("variable"));
-  const Run list = run({"--list-modules"}, environment);
+  const Ended list = run({"--list-modules"}, environment);
   EXPECT_EQ(list.exitCode, 0);
   const std::size_t alpha = list.out.find("Alpha v1.2.3");
   const std::size_t beta = list.out.find("Beta v1.2.3");
@@ -148,14 +151,14 @@ TEST_F(Program, SearchesTheUsualFoldersInOrder) {
 
 TEST_F(Program, TheDemonstrationRunsToItsEndAndMakesTheUsersDatabase) {
   files.copy("alphamodule");
-  const Run demo = run({"--demo", home.filePath("pictures"), "--plugin-dir", files.path()});
+  const Ended demo = run({"--demo", home.filePath("pictures"), "--plugin-dir", files.path()});
   EXPECT_EQ(demo.exitCode, 0) << demo.err;
   EXPECT_FALSE(QDir(home.filePath("pictures")).isEmpty());
   EXPECT_TRUE(QFile::exists(home.filePath("data/korvex2/frontend/database/catalogue.json")));
 }
 
 TEST_F(Program, ADatabaseThatIsGivenIsUsedInPlaceOfTheUsersOwn) {
-  const Run demo =
+  const Ended demo =
       run({"--demo", home.filePath("pictures"), "--plugin-dir", files.path(), "--database", home.filePath("mine")});
   EXPECT_EQ(demo.exitCode, 0) << demo.err;
   EXPECT_FALSE(QFile::exists(home.filePath("data/korvex2/frontend/database")));
