@@ -220,8 +220,10 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   void after_failed_fetch(const ChosenBody& previous);
   void select_row(int row);
   void restart_timer();
+  bool has_unwritten_change() const;
   bool write_chosen_body();
   void forget_written_change();
+  Geometry geometry_of_canvas() const;
   void fill_tables_from_canvas();
   void finish_typed_edits();
   void discard_typed_edits();
@@ -243,8 +245,9 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   bool old_device_format_ = false;
   bool measurement_active_ = false;
   bool online_ = false;
-  bool running_ = false;         // inside the modal run
-  bool change_written_ = false;  // the change in the canvas is in the backend, only reading it back is outstanding
+  bool running_ = false;           // inside the modal run
+  bool change_written_ = false;    // the change in the canvas is in the backend, only reading it back is outstanding
+  bool emissions_edited_ = false;  // emissions in the canvas are not those of the backend
   bool unknown_type_told_ = false;
 
   ChosenBody chosen_;

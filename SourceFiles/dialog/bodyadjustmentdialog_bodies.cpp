@@ -74,7 +74,7 @@ void BodyAdjustmentDialog::show_no_body() {
 // Asks what becomes of the change before another body takes the canvas. False: stay with the present body, because its
 // change could not be written and would be lost.
 bool BodyAdjustmentDialog::leave_modified_body(int nextIndex) {
-  if (!canvas_->isBodyLoaded() || !canvas_->isBodyModified() || change_written_) {
+  if (!has_unwritten_change()) {
     return true;
   }
   ui_->body_name->hidePopup();  // an open list would keep the mouse to itself
@@ -154,6 +154,7 @@ bool BodyAdjustmentDialog::load_geometry(Geometry geometry) {
     unload_body_keeping_view();
   }
   change_written_ = false;
+  emissions_edited_ = false;
   if (!canvas_->loadBody(&geometry_.positions, &geometry_.emissions)) {
     return false;
   }
@@ -169,6 +170,7 @@ void BodyAdjustmentDialog::unload_body_keeping_view() {
   saved_view_ = canvas_->get_view();
   canvas_->unloadBody();
   change_written_ = false;
+  emissions_edited_ = false;
 }
 
 void BodyAdjustmentDialog::select_row(int row) {
@@ -180,7 +182,7 @@ void BodyAdjustmentDialog::restart_timer() { timer_->start(); }
 
 void BodyAdjustmentDialog::on_apply_button_clicked() {
   finish_typed_edits();
-  if (canvas_->isBodyLoaded() && canvas_->isBodyModified() && !change_written_) {
+  if (has_unwritten_change()) {
     const int row = ui_->body_name->currentIndex();
     if (tracking_available_) {
       backend_.stopTracking();
@@ -225,12 +227,31 @@ void BodyAdjustmentDialog::update_after_apply(int index) {
   restart_timer();
 }
 
+bool BodyAdjustmentDialog::has_unwritten_change() const {
+  return canvas_->isBodyLoaded() && (canvas_->isBodyModified() || emissions_edited_) && !change_written_;
+}
+
+// The coordinate system first; marker values only when emissions were edited, since the backend transforms its markers
+// by itself and more precisely than three decimals tell.
 bool BodyAdjustmentDialog::write_chosen_body() {
-  if (chosen_.name.isEmpty()) {
+  if (chosen_.name.isEmpty() || (canvas_->isBodyModified() && !send_command())) {
     return false;
   }
-  change_written_ = send_command();
-  return change_written_;
+  if (emissions_edited_) {
+    const Geometry edited = geometry_of_canvas();
+    saveBodyToBackend(edited.positions, edited.emissions);
+  }
+  change_written_ = true;
+  return true;
+}
+
+BodyAdjustmentDialog::Geometry BodyAdjustmentDialog::geometry_of_canvas() const {
+  Geometry geometry;
+  for (const AbcMarkerData& marker : canvas_->give_data_with_emissions()) {
+    geometry.positions.push_back(marker.position);
+    geometry.emissions.push_back({marker.emission_x, marker.emission_y, marker.emission_z, marker.opening_angle});
+  }
+  return geometry;
 }
 
 bool BodyAdjustmentDialog::send_command() {
@@ -254,12 +275,7 @@ bool BodyAdjustmentDialog::send_command() {
 // The change is in the backend, but reading the body back failed. The canvas starts anew from what the backend must
 // have now, or the same change would be sent a second time.
 void BodyAdjustmentDialog::forget_written_change() {
-  Geometry written;
-  for (const AbcMarkerData& marker : canvas_->give_data_with_emissions()) {
-    written.positions.push_back(marker.position);
-    written.emissions.push_back({marker.emission_x, marker.emission_y, marker.emission_z, marker.opening_angle});
-  }
-  load_geometry(std::move(written));
+  load_geometry(geometry_of_canvas());
   apply_button_enable(false);
 }
 

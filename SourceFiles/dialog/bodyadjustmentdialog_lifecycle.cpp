@@ -6,6 +6,8 @@
 #include <QSignalBlocker>
 #include <QTimer>
 
+#include <algorithm>
+
 #include "bodyadjustmentdialog.h"
 #include "bodyadjustmentmessagereceiver.h"
 #include "bodycatalogue.h"
@@ -198,10 +200,10 @@ void BodyAdjustmentDialog::hideEvent(QHideEvent* event) {
 
 void BodyAdjustmentDialog::on_ok_button_clicked() {
   finish_typed_edits();
-  if (canvas_->isBodyLoaded() && canvas_->isBodyModified()) {
-    if (!change_written_ && !write_chosen_body()) {
-      return;  // the failure was reported; closing now would lose the operator's work
-    }
+  if (has_unwritten_change() && !write_chosen_body()) {
+    return;  // the failure was reported; closing now would lose the operator's work
+  }
+  if (canvas_->isBodyLoaded() && (canvas_->isBodyModified() || emissions_edited_)) {
     unload_body_keeping_view();
   }
   close_with(QDialog::Accepted);
@@ -218,8 +220,7 @@ void BodyAdjustmentDialog::reject() {
 // The marker deletion is taken back only when the dialog really closes: "No" leaves everything as it is.
 bool BodyAdjustmentDialog::confirm_discard() {
   const bool anyApplied = std::find(applied_.begin(), applied_.end(), true) != applied_.end();
-  const bool modified = canvas_->isBodyLoaded() && canvas_->isBodyModified() && !change_written_;
-  if (!anyApplied && !modified) {
+  if (!anyApplied && !has_unwritten_change()) {
     write_deletion_back();
     return true;
   }

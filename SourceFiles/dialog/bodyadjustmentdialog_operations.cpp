@@ -295,6 +295,12 @@ void BodyAdjustmentDialog::calcNormalizedUnitVector() {
   ui_->label_ey->setText(QString::number(direction[1], 'f', 3));
   ui_->label_ez->setText(QString::number(direction[2], 'f', 3));
   canvas_->setMarkerEmission(direction[0], direction[1], direction[2], ui_->doubleSpinBox_alpha->value());
+  if (canvas_->isBodyLoaded()) {
+    emissions_edited_ = true;
+    apply_button_enable(true);
+    fill_tables_from_canvas();
+    canvas_->updateGL();
+  }
 }
 
 void BodyAdjustmentDialog::enableEmissionTab(bool /*b*/) {
