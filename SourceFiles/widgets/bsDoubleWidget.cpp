@@ -17,6 +17,7 @@
 #include <QPalette>
 #include <QPointer>
 #include <QSizePolicy>
+#include <QWheelEvent>
 
 #include <cmath>
 #include <functional>
@@ -31,6 +32,7 @@ constexpr double wheelRange = 360.0;
 constexpr double wheelHalfTurn = 180.0;
 // One more than the wheel's range. Kept on purpose: a turn through the wheel's seam counts one step more.
 constexpr double wheelPeriod = 361.0;
+constexpr int notch = QWheelEvent::DefaultDeltasPerStep;
 
 /// Spin box that understands the decimal point also where the locale writes a comma. Without this a point is refused
 /// there, and an operator who types "1.5" without looking enters 15.
@@ -49,9 +51,10 @@ class EntrySpinBox final : public QDoubleSpinBox {
   }
 };
 
-/// Thumb wheel that also tells of every release and of the loss of the focus.
+/// Thumb wheel that also tells of every release and of the loss of the focus, and that gathers fine scrolling.
 ///
 /// A wheel whose value is set during a drag drops the drag and announces no release; the drag's edit would stay open.
+/// Touch pads scroll by fractions of a notch, of which the plain wheel takes none (or a whole page each, with Ctrl).
 class ThumbWheel final : public QwtWheel {
  public:
   ThumbWheel(QWidget* parent, std::function<void()> released, std::function<void(Qt::FocusReason)> focusLost)
@@ -70,10 +73,24 @@ class ThumbWheel final : public QwtWheel {
     QwtWheel::focusOutEvent(event);
     focusLost_(reason);
   }
+  void wheelEvent(QWheelEvent* event) override {
+    scrolled_ += event->angleDelta().y();
+    const int notches = scrolled_ / notch * notch;
+    if (notches == 0) {
+      event->accept();
+      return;
+    }
+    scrolled_ -= notches;
+    QWheelEvent whole(event->position(), event->globalPosition(), event->pixelDelta(), QPoint(0, notches),
+                      event->buttons(), event->modifiers(), event->phase(), event->inverted(), event->source());
+    QwtWheel::wheelEvent(&whole);
+    event->setAccepted(whole.isAccepted());
+  }
 
  private:
   std::function<void()> released_;
   std::function<void(Qt::FocusReason)> focusLost_;
+  int scrolled_ = 0;  // what does not make a notch yet, in eighths of a degree
 };
 
 }  // namespace
