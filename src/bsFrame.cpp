@@ -9,7 +9,7 @@ bsMatrix bsFrame::toMatrix() const {
 
 // Through a matrix like the copy constructor, on purpose; the matrix is complete before anything is written, so that a
 // frame may be assigned to itself.
-bsFrame& bsFrame::operator=(const bsFrame& f) {
+bsFrame& bsFrame::operator=(const bsFrame& f) {  // NOLINT(bugprone-unhandled-self-assignment)
   const bsMatrix m = f.toMatrix();
   reference_ = f.reference_;
   orientation.fromMatrix(m);

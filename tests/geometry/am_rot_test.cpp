@@ -220,7 +220,7 @@ TEST(RotationOrthonormalize, StopsOnlyWhenAPassBeganCloseEnough) {
       EXPECT_NEAR(r[k], static_cast<double>(grid[k % 3][k / 3]), 1e-13);  // some dozens of divisions
     }
   }
-  EXPECT_GT(severalPasses, 200) << "hardly a case stops on the way";
+  EXPECT_GT(severalPasses, 100) << "hardly a case stops on the way";
 }
 
 TEST(RotationOrthonormalize, GivesUpAfterTheHundredthPass) {

@@ -245,7 +245,8 @@ TEST(Matrix, ProductLetsTheRightOperandActFirst) {
 
 TEST(Matrix, IsMultipliedByItself) {
   bsMatrix m = matrixOf(counted);
-  m *= m;
+  const bsMatrix& same = m;
+  m *= same;
   expectExactly(m, {{{90, 100, 110, 120}, {202, 228, 254, 280}, {314, 356, 398, 440}, {426, 484, 542, 600}}});
 }
 
@@ -278,7 +279,8 @@ TEST(Matrix, SumsAndDifferencesGoElementByElement) {
   expectExactly(c, sum);
   EXPECT_EQ(&(c -= b), &c);
   expectExactly(c, counted);
-  c -= c;
+  const bsMatrix& same = c;
+  c -= same;
   expectExactly(c, nullRows);
 }
 

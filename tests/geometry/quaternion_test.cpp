@@ -177,7 +177,8 @@ TEST(Quaternion, ProductLetsTheRightOperandActFirst) {
 
 TEST(Quaternion, IsMultipliedByItself) {
   bsQuaternion q(30, bsVector(0, 1, 0));
-  q *= q;
+  const bsQuaternion& same = q;
+  q *= same;
   expectNear(q, 0, 0.5, 0, std::sqrt(0.75));
 }
 

@@ -142,7 +142,8 @@ TEST(Vector, ProductOfVectorsIsComponentByComponent) {
   expectExactly(a * b, 4.0, -10.0, 1.5);
   a *= b;
   expectExactly(a, 4.0, -10.0, 1.5);
-  a *= a;
+  const bsVector& same = a;
+  a *= same;
   expectExactly(a, 16.0, 100.0, 2.25);
 }
 
@@ -187,7 +188,8 @@ TEST(Vector, CrossProductIsRightHanded) {
   bsVector a(1.0, 2.0, 3.0);
   a ^= bsVector(5.0, 6.0, 7.0);
   expectExactly(a, -4.0, 8.0, -4.0);
-  a ^= a;
+  const bsVector& same = a;
+  a ^= same;
   expectExactly(a, 0.0, 0.0, 0.0);
 }
 
