@@ -4,9 +4,10 @@
 #include <memory>
 
 #include <QApplication>
+#include <QDir>
 
 #include "databasefolder.h"
-#include "demonstration.h"
+#include "demo/demonstration.h"
 #include "embeddedconnection.h"
 #include "frontend.h"
 #include "modulesearch.h"
@@ -37,11 +38,19 @@ int listModules(const ProgramOptions& options) {
   return 0;
 }
 
+/// The demonstration starts from the bodies as shipped, and leaves the user's own alone.
+QString freshDemonstrationDatabase(const QString& demonstrationDir) {
+  QDir folder(QDir(demonstrationDir).filePath(QStringLiteral("database")));
+  folder.removeRecursively();
+  return folder.path();
+}
+
 std::unique_ptr<BackendConnection> connectBackend(const ProgramOptions& options) {
   if (!options.databaseDir.isEmpty()) {
     return std::make_unique<EmbeddedConnection>(options.databaseDir, QStringList());
   }
-  const QString folder = userDatabaseFolder();
+  const QString folder =
+      options.demonstrationDir.isEmpty() ? userDatabaseFolder() : freshDemonstrationDatabase(options.demonstrationDir);
   const QString problem = prepareDatabaseFolder(folder, shippedDataFolder(QCoreApplication::applicationDirPath()));
   return std::make_unique<EmbeddedConnection>(folder, problem.isEmpty() ? QStringList() : QStringList(problem));
 }
@@ -75,7 +84,9 @@ int main(int argc, char** argv) {
     frontend.window().show();
     result = QApplication::exec();
   } else {
-    result = runDemonstration(frontend.window(), options.demonstrationDir);
+    result = runDemonstration(
+        frontend.window(), options.demonstrationDir,
+        QDir(shippedDataFolder(QCoreApplication::applicationDirPath())).filePath(QStringLiteral("bodies")));
   }
   frontend.shutdown();
   return result;

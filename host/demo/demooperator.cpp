@@ -1,5 +1,5 @@
 // See demooperator.h.
-#include "demooperator.h"
+#include "demo/demooperator.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>

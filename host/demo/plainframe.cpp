@@ -1,5 +1,5 @@
 // See plainframe.h.
-#include "plainframe.h"
+#include "demo/plainframe.h"
 
 #include <QFile>
 #include <QTextStream>
