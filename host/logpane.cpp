@@ -62,10 +62,15 @@ LogPane::LogPane(LogModel* model, const QString& emptyText, QWidget* parent)
       view_->scrollToBottom();
     }
   });
-  connect(shown_, &QAbstractItemModel::rowsInserted, this, [this] {
+  // Once for many rows: scrolling makes the view lay out all its rows.
+  scroll_.setSingleShot(true);
+  connect(&scroll_, &QTimer::timeout, this, [this] {
     if (following_) {
       view_->scrollToBottom();
     }
+  });
+  connect(shown_, &QAbstractItemModel::rowsInserted, this, [this] {
+    scroll_.start(0);
     updateTools();
   });
   connect(shown_, &QAbstractItemModel::rowsRemoved, this, [this] { updateTools(); });

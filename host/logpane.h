@@ -2,11 +2,11 @@
 #ifndef KORVEX2_HOST_LOGPANE_H
 #define KORVEX2_HOST_LOGPANE_H
 
+#include <QTimer>
 #include <QWidget>
 
 class QLineEdit;
 class QSortFilterProxyModel;
-class QStackedLayout;
 class QToolButton;
 class QTreeView;
 
@@ -45,6 +45,7 @@ class LogPane : public QWidget {
   QToolButton* copyButton_;
   QToolButton* clearButton_;
   QWidget* emptyNote_;
+  QTimer scroll_;
   bool following_ = true;
 };
 

@@ -12,6 +12,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QScreen>
+#include <QScrollArea>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTextDocument>
@@ -29,6 +31,7 @@ namespace korvex2 {
 
 namespace {
 
+/// Milliseconds tell apart what a program does in a row.
 QString now() { return QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz")); }
 
 QSettings settings() { return QSettings(QStringLiteral("korvex2"), QStringLiteral("frontend")); }
@@ -43,11 +46,15 @@ MainWindow::MainWindow(HostChannel& channel, QWidget* parent)
       traffic_(new LogModel({tr("Time"), tr("Command"), tr("Answer")}, trafficLimit, this)) {
   setObjectName(QStringLiteral("mainWindow"));
   setWindowTitle(tr("Korvex2 front end"));
-  setCentralWidget(startPage_);
+  auto* scroller = new QScrollArea(this);  // small or much magnified screens
+  scroller->setFrameShape(QFrame::NoFrame);
+  scroller->setWidgetResizable(true);
+  scroller->setWidget(startPage_);
+  setCentralWidget(scroller);
   buildDocks();
   buildMenus();
   buildStatusBar();
-  resize(1180, 740);
+  takeFirstSize();
   firstLayout_ = saveState();
 
   connect(&channel_, &HostChannel::reported, this, &MainWindow::showReport);
@@ -58,7 +65,7 @@ void MainWindow::buildDocks() {
   setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
   auto* reports = new LogPane(reports_, tr("No reports"));
   reports->setColumnWidth(0, 18);
-  reports->setColumnWidth(1, 12);
+  reports->setColumnWidth(1, 14);
   reportsDock_ = new QDockWidget(tr("Reports"), this);
   reportsDock_->setObjectName(QStringLiteral("reportsDock"));
   reportsDock_->setWidget(reports);
@@ -66,13 +73,20 @@ void MainWindow::buildDocks() {
 
   auto* traffic = new LogPane(traffic_, tr("Nothing was exchanged with the backend yet"));
   traffic->setColumnWidth(0, 18);
-  traffic->setColumnWidth(1, 44);
+  traffic->setColumnWidth(1, 38);
   trafficDock_ = new QDockWidget(tr("Backend traffic"), this);
   trafficDock_->setObjectName(QStringLiteral("trafficDock"));
   trafficDock_->setWidget(traffic);
   addDockWidget(Qt::BottomDockWidgetArea, trafficDock_);
-  resizeDocks({reportsDock_, trafficDock_}, {2, 3}, Qt::Horizontal);
-  resizeDocks({reportsDock_, trafficDock_}, {230, 230}, Qt::Vertical);
+  resizeDocks({reportsDock_, trafficDock_}, {1, 1}, Qt::Horizontal);
+}
+
+void MainWindow::takeFirstSize() {
+  const QRect room = screen()->availableGeometry();
+  resize(QSize(1180, 740).boundedTo(room.size() * 0.94));
+  move(room.center() - rect().center());
+  const int dockHeight = height() * 3 / 10;
+  resizeDocks({reportsDock_, trafficDock_}, {dockHeight, dockHeight}, Qt::Vertical);
 }
 
 void MainWindow::buildMenus() {

@@ -65,6 +65,8 @@ class MainWindow : public QMainWindow {
   void buildDocks();
   void buildMenus();
   void buildStatusBar();
+  /// As large as the work needs, and never larger than the screen.
+  void takeFirstSize();
   void warnOfSharedShortcuts(const QList<_GuiElement*>& elements);
   QMenu* menuTitled(const QString& title) const;
 

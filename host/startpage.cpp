@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QFrame>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
@@ -62,6 +63,22 @@ QTreeWidget* table(const QStringList& columns, const char* name) {
   return tree;
 }
 
+/// Shows a row less prominently, but still well readable.
+void standBack(QTreeWidgetItem* item) {
+  QColor pale = QGuiApplication::palette().color(QPalette::Text);
+  pale.setAlphaF(0.55);
+  for (int column = 0; column < item->columnCount(); ++column) {
+    item->setForeground(column, pale);
+  }
+}
+
+/// Makes a table as high as its rows need, up to `mostRows` of them.
+void fitHeight(QTreeWidget* tree, int mostRows) {
+  const int row = qMax(tree->sizeHintForRow(0), tree->fontMetrics().height() + 2);
+  const int rows = qBound(1, tree->topLevelItemCount(), mostRows);
+  tree->setFixedHeight(tree->header()->sizeHint().height() + rows * row + 2 * tree->frameWidth() + 2);
+}
+
 }  // namespace
 
 StartPage::StartPage(QWidget* parent) : QWidget(parent) {
@@ -92,10 +109,11 @@ StartPage::StartPage(QWidget* parent) : QWidget(parent) {
   actionsBox_ = new QWidget(this);
   actionsBox_->setObjectName(QStringLiteral("actions"));
   actionsLayout_ = new QVBoxLayout(actionsBox_);
-  actionsLayout_->setContentsMargins(0, 4, 0, 0);
+  actionsLayout_->setContentsMargins(0, 0, 0, 6);
   modules->addWidget(noModules_);
-  modules->addWidget(modules_, 1);
   modules->addWidget(actionsBox_);
+  modules->addWidget(modules_);
+  modules->addStretch(1);
 
   QVBoxLayout* bodies = addCard(tr("Bodies of the backend"), page, 1, 1, 2);
   bodies_ = table({tr("Body"), tr("Markers"), tr("State")}, "bodies");
@@ -104,7 +122,10 @@ StartPage::StartPage(QWidget* parent) : QWidget(parent) {
   noBodies_->setText(tr("The backend knows no bodies."));
   bodies->addWidget(noBodies_);
   bodies->addWidget(bodies_, 1);
+  bodies->addStretch(0);
 
+  bodies_->setMinimumHeight(bodies_->fontMetrics().height() * 7);
+  bodies_->headerItem()->setTextAlignment(1, Qt::AlignCenter);
   page->setColumnStretch(0, 2);
   page->setColumnStretch(1, 3);
   page->setRowStretch(2, 1);
@@ -133,7 +154,9 @@ void StartPage::setModules(const std::vector<ModuleRecord>& records, const std::
     const QString tip = (loaded ? file : tr("%1: %2").arg(file, record.reason)).toHtmlEscaped();
     item->setToolTip(0, tip);
     item->setToolTip(1, tip);
-    item->setDisabled(!loaded);
+    if (!loaded) {
+      standBack(item);
+    }
   }
   QStringList folders;
   for (const ModuleFolder& folder : searched) {
@@ -144,6 +167,7 @@ void StartPage::setModules(const std::vector<ModuleRecord>& records, const std::
                                         : tr("No modules were found in:\n%1").arg(folders.join(QLatin1Char('\n'))));
   noModules_->setVisible(none);
   modules_->setVisible(!none);
+  fitHeight(modules_, 8);
 }
 
 void StartPage::setBodies(const std::vector<BodySummary>& bodies) {
@@ -156,8 +180,10 @@ void StartPage::setBodies(const std::vector<BodySummary>& bodies) {
     const QString markers = body.calibrated ? QString::number(body.markers) : QString();
     const QString state = body.calibrated ? tr("calibrated") : tr("not calibrated");
     auto* item = new QTreeWidgetItem(bodies_, {name, markers, state});
-    item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
-    item->setDisabled(!body.calibrated);
+    item->setTextAlignment(1, Qt::AlignCenter);
+    if (!body.calibrated) {
+      standBack(item);
+    }
   }
   noBodies_->setVisible(bodies.empty());
   bodies_->setVisible(!bodies.empty());

@@ -15,7 +15,6 @@
 #include <QTreeWidget>
 
 #include "databasefolder.h"
-#include "demonstration.h"
 #include "embeddedconnection.h"
 #include "logmodel.h"
 #include "modulefiles.h"
@@ -150,13 +149,4 @@ TEST_F(FrontEnd, AnEmptyDatabaseIsReportedAndNotFatal) {
   Frontend frontend(std::make_unique<EmbeddedConnection>(empty.path(), QStringList()));
   EXPECT_GE(frontend.window().reports().rowCount(), 1);
   EXPECT_EQ(bodies(frontend)->topLevelItemCount(), 0);
-}
-
-TEST_F(FrontEnd, TheDemonstrationLeavesAPicture) {
-  const QTemporaryDir place;
-  Frontend frontend(scripted());
-  EXPECT_EQ(runDemonstration(frontend.window(), place.filePath("new/pictures")), 0);
-  const QImage picture(place.filePath("new/pictures/frontend.png"));
-  EXPECT_GE(picture.width(), 600);
-  EXPECT_EQ(runDemonstration(frontend.window(), "/proc/nowhere"), 1);
 }

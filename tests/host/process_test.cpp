@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -21,8 +22,7 @@ struct Ended {
 
 class Program : public testing::Test {
  protected:
-  Ended run(const QStringList& arguments, const QProcessEnvironment& extra = {}) const {
-    QProcess process;
+  QProcessEnvironment environmentOfTheProgram() const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("XDG_DATA_HOME", home.filePath("data"));
     environment.insert("XDG_CONFIG_HOME", home.filePath("config"));
@@ -30,6 +30,27 @@ class Program : public testing::Test {
     for (const char* display : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
       environment.remove(display);
     }
+    return environment;
+  }
+  /// Runs the program with a window on a screen that nobody sees, until `file` exists or ten seconds are over.
+  bool startWindowUntil(const QString& file, const QStringList& arguments) const {
+    QProcess process;
+    QProcessEnvironment environment = environmentOfTheProgram();
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    process.setProcessEnvironment(environment);
+    process.start(FRONTEND_PROGRAM, QStringList{"--plugin-dir", files.path()} + arguments);
+    QElapsedTimer clock;
+    clock.start();
+    while (!QFile::exists(file) && clock.elapsed() < 10000 && !process.waitForFinished(20)) {
+    }
+    EXPECT_EQ(process.state(), QProcess::Running) << process.readAllStandardError().toStdString();
+    process.kill();
+    process.waitForFinished();
+    return QFile::exists(file);
+  }
+  Ended run(const QStringList& arguments, const QProcessEnvironment& extra = {}) const {
+    QProcess process;
+    QProcessEnvironment environment = environmentOfTheProgram();
     for (const QString& name : extra.keys()) {
       environment.insert(name, extra.value(name));
     }
@@ -149,17 +170,17 @@ TEST_F(Program, SearchesTheUsualFoldersInOrder) {
   EXPECT_NE(installed, std::string::npos) << folders;
 }
 
-TEST_F(Program, TheDemonstrationRunsToItsEndAndMakesTheUsersDatabase) {
-  files.copy("alphamodule");
-  const Ended demo = run({"--demo", home.filePath("pictures"), "--plugin-dir", files.path()});
-  EXPECT_EQ(demo.exitCode, 0) << demo.err;
-  EXPECT_FALSE(QDir(home.filePath("pictures")).isEmpty());
-  EXPECT_TRUE(QFile::exists(home.filePath("data/korvex2/frontend/database/catalogue.json")));
+TEST_F(Program, TheFirstStartMakesTheUsersDatabase) {
+  const QString database = home.filePath("data/korvex2/frontend/database");
+  EXPECT_TRUE(startWindowUntil(database + "/catalogue.json", {}));
+  EXPECT_FALSE(QDir(database + "/bodies").isEmpty());
 }
 
 TEST_F(Program, ADatabaseThatIsGivenIsUsedInPlaceOfTheUsersOwn) {
-  const Ended demo =
-      run({"--demo", home.filePath("pictures"), "--plugin-dir", files.path(), "--database", home.filePath("mine")});
-  EXPECT_EQ(demo.exitCode, 0) << demo.err;
+  const QString mine = home.filePath("mine");
+  ASSERT_TRUE(QDir().mkpath(mine + "/bodies"));
+  ASSERT_TRUE(QFile::copy(SOURCE_DATA_FOLDER "/catalogue.json", mine + "/catalogue.json"));
+  // The lock tells that the program has opened it.
+  EXPECT_TRUE(startWindowUntil(mine + "/catalogue.json.lock", {"--database", mine}));
   EXPECT_FALSE(QFile::exists(home.filePath("data/korvex2/frontend/database")));
 }
