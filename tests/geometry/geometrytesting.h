@@ -5,15 +5,22 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <csignal>
 #include <iostream>
 #include <locale>
 #include <random>
 #include <sstream>
+#include <streambuf>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "bsMatrix.h"
 #include "bsQuaternion.h"
 #include "bsVector.h"
+
+/// The statement must abort the program, with `text` (a regular expression) on standard error.
+#define KORVEX2_EXPECT_ABORT(statement, text) EXPECT_EXIT(statement, testing::KilledBySignal(SIGABRT), text)
 
 namespace geometrytesting {
 
@@ -98,6 +105,31 @@ class CapturedOutput {
   std::streambuf* before_;
 };
 
+/// Input that arrives piece by piece, as from somebody who answers questions: keeps what standard output showed each
+/// time that the next piece was asked for.
+class Answers : public std::streambuf {
+ public:
+  Answers(std::vector<std::string> pieces, const CapturedOutput& output)
+      : pieces_(std::move(pieces)), output_(output) {}
+  const std::vector<std::string>& shown() const { return shown_; }
+
+ protected:
+  int_type underflow() override {
+    shown_.push_back(output_.text());
+    if (shown_.size() > pieces_.size()) {
+      return traits_type::eof();
+    }
+    std::string& piece = pieces_[shown_.size() - 1];
+    setg(piece.data(), piece.data(), piece.data() + piece.size());
+    return traits_type::to_int_type(piece.front());
+  }
+
+ private:
+  std::vector<std::string> pieces_;
+  const CapturedOutput& output_;
+  std::vector<std::string> shown_;
+};
+
 template <class Value>
 std::string written(const Value& value) {
   std::ostringstream out;
@@ -132,6 +164,16 @@ class Random {
  private:
   std::mt19937 engine_;
 };
+
+inline Rows randomRows(Random& random, double extent) {
+  Rows rows{};
+  for (auto& row : rows.at) {
+    for (double& value : row) {
+      value = random.between(-extent, extent);
+    }
+  }
+  return rows;
+}
 
 /// Turns p counter-clockwise by `radians` about the unit vector u (Rodrigues), without matrix or quaternion.
 inline bsVector turned(const bsVector& p, const bsVector& u, double radians) {

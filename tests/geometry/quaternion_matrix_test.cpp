@@ -94,9 +94,12 @@ TEST(QuaternionFromMatrix, NeedsAStrictlyLargestElementForXAndForY) {
   expectNear(fromMatrix(xy), std::sqrt(0.5), std::sqrt(0.5), 0, 0);
   const bsMatrix xMinusY = matrixOf({{{0, -1, 0, 0}, {-1, 0, 0, 0}, {0, 0, -1, 0}, {0, 0, 0, 1}}});
   expectNear(fromMatrix(xMinusY), -std::sqrt(0.5), std::sqrt(0.5), 0, 0);
-  // About (1, 0, 1): x and z tie, z is taken.
+  // About (1, 0, -1): x and z tie, z is taken.
   const bsMatrix xMinusZ = matrixOf({{{0, 0, -1, 0}, {0, -1, 0, 0}, {-1, 0, 0, 0}, {0, 0, 0, 1}}});
   expectNear(fromMatrix(xMinusZ), -std::sqrt(0.5), 0, std::sqrt(0.5), 0);
+  // About (0, 1, -1): y and z tie, z is taken.
+  const bsMatrix yMinusZ = matrixOf({{{-1, 0, 0, 0}, {0, 0, -1, 0}, {0, -1, 0, 0}, {0, 0, 0, 1}}});
+  expectNear(fromMatrix(yMinusZ), 0, -std::sqrt(0.5), std::sqrt(0.5), 0);
 }
 
 TEST(QuaternionFromMatrix, MayGiveANegativeScalarPart) {

@@ -7,6 +7,7 @@
 
 #include "geometrytesting.h"
 
+using geometrytesting::Answers;
 using geometrytesting::CapturedOutput;
 using geometrytesting::commaLocale;
 using geometrytesting::expectExactly;
@@ -282,6 +283,17 @@ TEST(Quaternion, IsReadAfterAPromptForEachValue) {
   EXPECT_EQ(&(in >> q), &in);
   expectExactly(q, 1.5, -2, 300, 4);
   EXPECT_EQ(prompts.text(), "x : \ny : \nz : \nw : ");
+}
+
+TEST(Quaternion, AsksForEachValueOnlyAfterTheOneBeforeIsRead) {
+  CapturedOutput prompts;
+  Answers answers({"1\n", "2\n", "3\n", "4\n"}, prompts);
+  std::istream in(&answers);
+  bsQuaternion q;
+  in >> q;
+  EXPECT_EQ(answers.shown(),
+            (std::vector<std::string>{"x : ", "x : \ny : ", "x : \ny : \nz : ", "x : \ny : \nz : \nw : "}));
+  expectExactly(q, 1, 2, 3, 4);
 }
 
 TEST(Quaternion, AValueThatCannotBeReadStaysAndTheStreamFails) {

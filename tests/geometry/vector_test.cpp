@@ -8,6 +8,7 @@
 
 #include "geometrytesting.h"
 
+using geometrytesting::Answers;
 using geometrytesting::CapturedOutput;
 using geometrytesting::commaLocale;
 using geometrytesting::expectExactly;
@@ -114,14 +115,14 @@ TEST(Vector, EveryIntegerTypeIndexes) {
 TEST(VectorDeathTest, AnIndexOutsideTheComponentsAborts) {
   bsVector v(1.0, 2.0, 3.0);
   const bsVector constant(v);
-  EXPECT_DEATH(v[3], "Assertion `false' failed");
-  EXPECT_DEATH(v[-1], "Assertion `false' failed");
-  EXPECT_DEATH(constant[3], "Assertion `false' failed");
-  EXPECT_DEATH(constant[-1], "Assertion `false' failed");
-  EXPECT_DEATH(v[3L], "Assertion `false' failed");
-  EXPECT_DEATH(v[3u], "Assertion `false' failed");
-  EXPECT_DEATH(v[std::size_t(-1)], "Assertion `false' failed");
-  EXPECT_DEATH(v[std::int64_t{1} << 32], "Assertion `false' failed");  // 0 if it were cut to an int
+  KORVEX2_EXPECT_ABORT(v[3], "Assertion `false' failed");
+  KORVEX2_EXPECT_ABORT(v[-1], "Assertion `false' failed");
+  KORVEX2_EXPECT_ABORT(constant[3], "Assertion `false' failed");
+  KORVEX2_EXPECT_ABORT(constant[-1], "Assertion `false' failed");
+  KORVEX2_EXPECT_ABORT(v[3L], "Assertion `false' failed");
+  KORVEX2_EXPECT_ABORT(v[3u], "Assertion `false' failed");
+  KORVEX2_EXPECT_ABORT(v[std::size_t(-1)], "Assertion `false' failed");
+  KORVEX2_EXPECT_ABORT(v[std::int64_t{1} << 32], "Assertion `false' failed");  // 0 if it were cut to an int
 }
 
 TEST(Vector, SumsAndDifferencesGoComponentByComponent) {
@@ -420,6 +421,16 @@ TEST(Vector, IsReadAfterAPromptForEachComponent) {
   std::string rest;
   in >> rest;
   EXPECT_EQ(rest, "rest");
+}
+
+TEST(Vector, AsksForEachComponentOnlyAfterTheOneBeforeIsRead) {
+  CapturedOutput prompts;
+  Answers answers({"1\n", "2\n", "3\n"}, prompts);
+  std::istream in(&answers);
+  bsVector v;
+  in >> v;
+  EXPECT_EQ(answers.shown(), (std::vector<std::string>{"x : ", "x : \ny : ", "x : \ny : \nz : "}));
+  expectExactly(v, 1.0, 2.0, 3.0);
 }
 
 TEST(Vector, AComponentThatCannotBeReadStaysAndTheStreamFails) {
