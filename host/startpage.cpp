@@ -19,6 +19,13 @@ namespace korvex2 {
 
 namespace {
 
+/// For what is said by the way. The palette's own role for it is empty with some styles and paints nothing then.
+QColor paleText() {
+  QColor pale = QGuiApplication::palette().color(QPalette::Text);
+  pale.setAlphaF(0.55);
+  return pale;
+}
+
 QLabel* heading(const QString& text, double scale, QWidget* parent) {
   auto* label = new QLabel(text, parent);
   QFont font = label->font();
@@ -32,7 +39,9 @@ QLabel* note(QWidget* parent) {
   auto* label = new QLabel(parent);
   label->setTextFormat(Qt::PlainText);
   label->setWordWrap(true);
-  label->setForegroundRole(QPalette::PlaceholderText);
+  QPalette palette = label->palette();
+  palette.setColor(QPalette::WindowText, paleText());
+  label->setPalette(palette);
   return label;
 }
 
@@ -65,8 +74,7 @@ QTreeWidget* table(const QStringList& columns, const char* name) {
 
 /// Shows a row less prominently, but still well readable.
 void standBack(QTreeWidgetItem* item) {
-  QColor pale = QGuiApplication::palette().color(QPalette::Text);
-  pale.setAlphaF(0.55);
+  const QColor pale = paleText();
   for (int column = 0; column < item->columnCount(); ++column) {
     item->setForeground(column, pale);
   }
@@ -106,6 +114,7 @@ StartPage::StartPage(QWidget* parent) : QWidget(parent) {
   QVBoxLayout* modules = addCard(tr("Modules"), page, 2, 0, 1);
   modules_ = table({tr("Module"), tr("Version")}, "modules");
   noModules_ = note(this);
+  noModules_->setObjectName(QStringLiteral("noModules"));
   actionsBox_ = new QWidget(this);
   actionsBox_->setObjectName(QStringLiteral("actions"));
   actionsLayout_ = new QVBoxLayout(actionsBox_);

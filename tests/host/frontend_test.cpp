@@ -87,6 +87,27 @@ TEST_F(FrontEnd, LoadsModulesAndReportsTheRefusedOnes) {
   EXPECT_NE(report(frontend, 0).find("libforeignmodule.so"), std::string::npos);
 }
 
+TEST_F(FrontEnd, WithoutModulesTheStartPageSaysWhereTheyWereLookedFor) {
+  Frontend frontend(scripted());
+  frontend.loadModules(files.folders());
+  frontend.window().show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&frontend.window()));
+  const auto* label = frontend.window().findChild<QLabel*>("noModules");
+  EXPECT_TRUE(label->text().contains(files.path()));
+  EXPECT_TRUE(label->isVisible());
+  // The text is really painted: not all pixels of the label are the card's background.
+  const QImage picture =
+      frontend.window().grab(QRect(label->mapTo(&frontend.window(), QPoint()), label->size())).toImage();
+  const QRgb background = picture.pixel(picture.width() - 1, picture.height() - 1);
+  int painted = 0;
+  for (int y = 0; y < picture.height(); ++y) {
+    for (int x = 0; x < picture.width(); ++x) {
+      painted += picture.pixel(x, y) != background ? 1 : 0;
+    }
+  }
+  EXPECT_GT(painted, 200);
+}
+
 TEST_F(FrontEnd, EndsWithoutALooseEnd) {
   files.copy("alphamodule");
   QPointer<MainWindow> window;

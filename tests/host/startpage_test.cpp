@@ -52,11 +52,14 @@ TEST_F(Page, ListsLoadedAndRefusedModulesButNoSkippedOnes) {
 
 TEST_F(Page, SaysWhereModulesWereLookedForWhenThereAreNone) {
   page.setModules({}, {{"/opt/modules", false}, {"/home/modules", false}});
-  bool said = false;
-  for (const QLabel* label : page.findChildren<QLabel*>()) {
-    said = said || (!label->isHidden() && label->text().contains("/opt/modules\n/home/modules"));
-  }
-  EXPECT_TRUE(said);
+  page.resize(900, 500);
+  page.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&page));
+  const auto* label = page.findChild<QLabel*>("noModules");
+  EXPECT_EQ(label->text(), "No modules were found in:\n/opt/modules\n/home/modules");
+  EXPECT_TRUE(label->isVisible());
+  EXPECT_GE(label->height(), label->fontMetrics().size(0, label->text()).height());
+  EXPECT_FALSE(page.findChild<QTreeWidget*>("modules")->isVisible());
 }
 
 TEST_F(Page, ListsBodiesWithMarkersAndState) {
