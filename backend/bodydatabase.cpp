@@ -2,48 +2,19 @@
 #include "bodydatabase.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QLockFile>
-#include <QSaveFile>
 
 #include <algorithm>
 
 #include "bodyfileformat.h"
 #include "catalogue.h"
+#include "wholefile.h"
 
 namespace korvex2 {
 
 namespace {
 
-const qint64 largestFile = 4 * 1024 * 1024;
 const char deviceType[] = "wandgrip";
-
-struct FileContent {
-  QByteArray bytes;
-  QString problem;
-};
-
-FileContent readWholeFile(const QString& path) {
-  const QString shown = QDir::toNativeSeparators(path);
-  const QFileInfo info(path);
-  if (!info.exists()) {
-    return {QByteArray(), QStringLiteral("%1, line 1: the file is missing").arg(shown)};
-  }
-  // A pipe or a device in the place of a file could keep the reader waiting for ever.
-  if (!info.isFile() || info.size() > largestFile) {
-    return {QByteArray(), QStringLiteral("%1, line 1: this is no file of a sensible size").arg(shown)};
-  }
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly)) {
-    return {QByteArray(), QStringLiteral("%1, line 1: %2").arg(shown, file.errorString())};
-  }
-  const QByteArray bytes = file.read(largestFile + 1);
-  if (file.error() != QFileDevice::NoError) {
-    return {QByteArray(), QStringLiteral("%1, line 1: %2").arg(shown, file.errorString())};
-  }
-  return {bytes, QString()};
-}
 
 }  // namespace
 
@@ -230,9 +201,9 @@ QString copyShippedDatabase(const QString& from, const QString& to) {
     if (!content.problem.isEmpty()) {
       return content.problem;
     }
-    QSaveFile copy(target.filePath(file));
-    if (!copy.open(QIODevice::WriteOnly) || copy.write(content.bytes) != content.bytes.size() || !copy.commit()) {
-      return QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(copy.fileName()), copy.errorString());
+    const QString problem = writeWholeFile(target.filePath(file), content.bytes);
+    if (!problem.isEmpty()) {
+      return problem;
     }
   }
   return QString();

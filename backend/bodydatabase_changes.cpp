@@ -5,18 +5,13 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <cmath>
 
-#ifdef Q_OS_UNIX
-#include <fcntl.h>
-#include <unistd.h>
-#endif
-
 #include "bodyfileformat.h"
 #include "catalogue.h"
+#include "wholefile.h"
 
 namespace korvex2 {
 
@@ -74,27 +69,11 @@ bool isSame(const Body& a, const Body& b) {
          a.markers == b.markers && a.lines == b.lines && a.transform == b.transform;
 }
 
-// A renamed file outlives a power failure only once its folder is on the disk.
-void syncFolder(const QString& path) {
-#ifdef Q_OS_UNIX
-  const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder >= 0) {
-    ::fsync(folder);  // not every file system can; then there is nothing to do about it
-    ::close(folder);
-  }
-#else
-  Q_UNUSED(path);
-#endif
-}
-
-Outcome writeWholeFile(const QString& path, const QByteArray& bytes) {
-  QSaveFile file(path);
-  if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) {
-    syncFolder(QFileInfo(path).absolutePath());
+Outcome written(const QString& problem) {
+  if (problem.isEmpty()) {
     return Outcome::done();
   }
-  return Outcome::failed(ErrorNumber::NotSaved, QStringLiteral("the change was not saved, %1 could not be written: %2")
-                                                    .arg(QDir::toNativeSeparators(path), file.errorString()));
+  return Outcome::failed(ErrorNumber::NotSaved, QStringLiteral("the change was not saved: %1").arg(problem));
 }
 
 // Names that the database gives to files of its own: standard_b01-7.body.
@@ -138,28 +117,28 @@ QString BodyDatabase::newFileName(const BodyKey& key, const QString& current) co
 
 Outcome BodyDatabase::commit(const QJsonObject& catalogue) {
   if (!readOnly_.isEmpty()) {
-    return Outcome::failed(ErrorNumber::NotSaved, QStringLiteral("the change was not saved: %1").arg(readOnly_));
+    return written(readOnly_);
   }
-  const Outcome written = writeWholeFile(cataloguePath(), catalogueBytes(catalogue));
-  if (written) {
+  const Outcome outcome = written(writeWholeFile(cataloguePath(), catalogueBytes(catalogue)));
+  if (outcome) {
     catalogue_ = catalogue;
   }
-  return written;
+  return outcome;
 }
 
 // Writes the body's geometry to a new file and then the catalogue that names it. Until the catalogue is replaced the
 // old state is what a reader finds.
 Outcome BodyDatabase::store(const Body& before, Body& after) {
   if (!readOnly_.isEmpty()) {
-    return Outcome::failed(ErrorNumber::NotSaved, QStringLiteral("the change was not saved: %1").arg(readOnly_));
+    return written(readOnly_);
   }
   const bool newGeometry = !hasSameGeometry(before, after);
   if (newGeometry) {
     QDir(folder_).mkpath(QStringLiteral("bodies"));
     after.file = newFileName(after.key, before.file);
-    const Outcome written = writeWholeFile(bodyPath(after.file), bodyFileBytes(geometryOf(after)));
-    if (!written) {
-      return written;
+    const Outcome outcome = written(writeWholeFile(bodyPath(after.file), bodyFileBytes(geometryOf(after))));
+    if (!outcome) {
+      return outcome;
     }
   }
   QJsonObject catalogue = catalogue_;

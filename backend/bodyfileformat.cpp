@@ -102,8 +102,12 @@ class Reader {
 
   void readLines() {
     const std::optional<int> count = integer();
-    if (!count || *count < 0) {
+    if (!count) {
       fail(QStringLiteral("the number of lines is expected, %1").arg(here()));
+      return;
+    }
+    if (*count < 0) {
+      fail(QStringLiteral("%1 is no possible number of lines").arg(*count));
       return;
     }
     const int markers = static_cast<int>(content_.geometry.positions.size());

@@ -69,7 +69,9 @@ class Walker {
       const Level& level = levels_.back();
       path = level.path + (level.isObject ? key_ : QString::number(level.element));
     }
-    lines_.insert(path, line_);
+    if (!path.isEmpty() || levels_.empty()) {  // a member of the whole may have an empty name
+      lines_.insert(path, line_);
+    }
     return path;
   }
 
