@@ -212,19 +212,6 @@ double bsMatrix::getNormeSquared() const {
   return sum;
 }
 
-bool bsMatrix::isOrthonormal() const {
-  const auto isNearOne = [](const bsVector& v) {
-    const double squared = bsVector::dotProduct(v, v);
-    return squared >= 0.999 && squared <= 1.001;
-  };
-  for (int k = 0; k < 3; ++k) {
-    if (!isNearOne(getColumn(k)) || !isNearOne(getRow(k))) {
-      return false;
-    }
-  }
-  return true;
-}
-
 std::ostream& operator<<(std::ostream& out, const bsMatrix& m) {
   for (int i = 0; i < 4; ++i) {
     out << '[';

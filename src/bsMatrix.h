@@ -201,7 +201,18 @@ class bsMatrix {
 
   /// Whether the squared length of each row and each column of the 3x3 block lies within [0.999, 1.001]. On purpose it
   /// looks neither at the angles between them nor at the fourth row and column.
-  bool isOrthonormal() const;
+  bool isOrthonormal() const {
+    const auto isNearOne = [](const bsVector& v) {
+      const double squared = bsVector::dotProduct(v, v);
+      return squared >= 0.999 && squared <= 1.001;
+    };
+    for (int k = 0; k < 3; ++k) {
+      if (!isNearOne(getColumn(k)) || !isNearOne(getRow(k))) {
+        return false;
+      }
+    }
+    return true;
+  }
 
  private:
   static void requireIndex(int n) { korvex2::require(n >= 0 && n < 4, "n>=0 && n<4"); }
