@@ -211,6 +211,7 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
 
   // bodies
   bool read_row(int index, ChosenBody& body);
+  bool is_shown_already(int row) const;
   void show_no_body();
   bool leave_modified_body(int nextIndex);
   void show_calibrated_body(const ChosenBody& previous);

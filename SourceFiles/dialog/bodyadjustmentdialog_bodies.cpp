@@ -14,6 +14,9 @@
 #include "xyzWidget.h"
 
 void BodyAdjustmentDialog::update_current_body(int index, bool show_msg) {
+  if (sender() == ui_->body_name && is_shown_already(index)) {
+    return;  // opening the list highlights the entry that is chosen: nothing to switch to, nothing to ask
+  }
   stream_.resetQualities();
   if (index == -1) {
     show_no_body();
@@ -55,7 +58,12 @@ void BodyAdjustmentDialog::update_current_body(int index, bool show_msg) {
   restart_timer();
 }
 
+bool BodyAdjustmentDialog::is_shown_already(int row) const {
+  return row >= 0 && row == chosen_.index && !chosen_.name.isEmpty() && canvas_->isBodyLoaded() == chosen_.calibrated;
+}
+
 void BodyAdjustmentDialog::show_no_body() {
+  discard_typed_edits();
   tables_->clear_tables();
   canvas_->setOnline(false);
   if (canvas_->isBodyLoaded()) {
@@ -133,6 +141,7 @@ void BodyAdjustmentDialog::after_failed_fetch(const ChosenBody& previous) {
 }
 
 void BodyAdjustmentDialog::show_uncalibrated_body() {
+  discard_typed_edits();
   ui_->loadBody->setText(tr("<b><font color=red>Bod&y not calibrated!</font></b>"));
   disconnect(this, SIGNAL(set_chosen_body_tracked(bool)), this, SLOT(update_room_buttons(bool)));
   ui_->body_icon->setPixmap(grey_icon_);
