@@ -2,7 +2,7 @@
 #include "trackingstream.h"
 
 #include <locale.h>
-#include <clocale>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -23,8 +23,8 @@ locale_t classicLocale() {
 }
 
 /// Reads an integer at `at` and moves on behind it. What an int cannot hold becomes its nearest limit.
-bool readInteger(char*& at, int& value) {
-  char* end = at;
+bool readInteger(const char*& at, int& value) {
+  char* end = nullptr;
   const long read = strtol_l(at, &end, 0, classicLocale());
   if (end == at) {
     return false;
@@ -40,8 +40,8 @@ bool readInteger(char*& at, int& value) {
   return true;
 }
 
-bool readReal(char*& at, float& value) {
-  char* end = at;
+bool readReal(const char*& at, float& value) {
+  char* end = nullptr;
   const double read = strtod_l(at, &end, classicLocale());
   if (end == at) {
     return false;
@@ -51,7 +51,16 @@ bool readReal(char*& at, float& value) {
   return true;
 }
 
-bool readValues(char* at, const char* format, int* integers, float* reals) {
+/// Reads the next "[...]" of the text: one integer for each 'i' of the format, one real for each 'f'. An empty format
+/// skips the block. No notation of a number has a "]" in it, so none is read across the block's end.
+/// @return behind the "]", or null when there is no block, a number is missing or the format has another letter
+const char* readBlock(const char* text, const char* format, int* integers, float* reals) {
+  const char* const open = std::strchr(text, '[');
+  const char* const close = open != nullptr ? std::strchr(open + 1, ']') : nullptr;
+  if (close == nullptr) {
+    return nullptr;
+  }
+  const char* at = open + 1;
   for (; *format != '\0'; ++format) {
     bool read = false;
     if (*format == 'i') {
@@ -60,25 +69,10 @@ bool readValues(char* at, const char* format, int* integers, float* reals) {
       read = readReal(at, *reals++);
     }
     if (!read) {
-      return false;
+      return nullptr;
     }
   }
-  return true;
-}
-
-/// Reads the next "[...]" of the text: one integer for each 'i' of the format, one real for each 'f'. An empty format
-/// skips the block. Leaves the text as it was.
-/// @return behind the "]", or null when there is no block, a number is missing or the format has another letter
-char* readBlock(char* text, const char* format, int* integers, float* reals) {
-  char* const open = std::strchr(text, '[');
-  char* const close = open != nullptr ? std::strchr(open + 1, ']') : nullptr;
-  if (close == nullptr) {
-    return nullptr;
-  }
-  *close = '\0';  // so that no number is read across the block's end
-  const bool read = readValues(open + 1, format, integers, reals);
-  *close = ']';
-  return read ? close + 1 : nullptr;
+  return close + 1;
 }
 
 /// The numbers of one record, in the order of the line.
@@ -90,8 +84,8 @@ struct Record {
 };
 
 /// Reads the three blocks that every record begins with; null when one is malformed.
-char* readRecord(char* text, const char* headFormat, Record& record) {
-  char* at = readBlock(text, headFormat, record.integers.data(), &record.quality);
+const char* readRecord(const char* text, const char* headFormat, Record& record) {
+  const char* at = readBlock(text, headFormat, record.integers.data(), &record.quality);
   if (at != nullptr) {
     at = readBlock(at, "fff", nullptr, record.position.data());
   }
@@ -173,25 +167,27 @@ int TrackingStream::parse(const char* tag, const char* line, Tracked* marked) no
   if (chosenType_ != (bodies ? BodyType::Standard : BodyType::Device)) {
     return 0;
   }
-  const std::size_t length = strnlen(line, buffer_.size());
-  if (length == buffer_.size()) {  // a cut line could end within a number and be read as another pose
+  const std::size_t length = strnlen(line, longestLine + 1);
+  if (length > longestLine) {  // dropped whole: a cut line could end within a number and be read as another pose
     droppedTooLong_.fetch_add(1, std::memory_order_relaxed);
     return 0;
   }
-  std::memcpy(buffer_.data(), line, length + 1);
   lineMarking_ = Tracked::Unknown;
-  const int result = bodies ? parseBodies(length) : parseDevices(length, newDevices);
+  const int result = bodies ? parseBodies(line, length) : parseDevices(line, length, newDevices);
   if (marked != nullptr) {
     *marked = lineMarking_;
   }
   return result;
 }
 
-int TrackingStream::parseBodies(std::size_t length) {
+int TrackingStream::parseBodies(const char* line, std::size_t length) {
   constexpr std::size_t skipped = 3;  // "6d "
-  char* at = buffer_.data() + skipped;
+  if (length < skipped) {
+    return -1;
+  }
+  const char* at = line + skipped;
   int records = 0;
-  if (length < skipped || !readInteger(at, records)) {
+  if (!readInteger(at, records)) {
     return -1;
   }
   bool matched = false;
@@ -220,11 +216,14 @@ int TrackingStream::parseBodies(std::size_t length) {
   return 0;
 }
 
-int TrackingStream::parseDevices(std::size_t length, bool newFormat) {
+int TrackingStream::parseDevices(const char* line, std::size_t length, bool newFormat) {
   const std::size_t skipped = newFormat ? 5 : 4;  // "6dw2 " or "6dw "
-  char* at = buffer_.data() + skipped;
+  if (length < skipped) {
+    return -1;
+  }
+  const char* at = line + skipped;
   int records = 0;
-  if (length < skipped || !readInteger(at, records) || (newFormat && !readInteger(at, records))) {
+  if (!readInteger(at, records) || (newFormat && !readInteger(at, records))) {
     return -1;
   }
   for (int place = 0; place < records; ++place) {

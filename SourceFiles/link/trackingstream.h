@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -52,7 +51,7 @@ class TrackingStream {
     std::uint64_t markings = 0;          ///< how often a line marked the chosen body, so that no marking is overlooked
   };
 
-  /// A line of this many characters and its terminating zero still fit.
+  /// A line of this many characters is still read.
   static constexpr std::size_t longestLine = 9999;
 
   // --- GUI thread ------------------------------------------------------------------------------------------------
@@ -63,8 +62,7 @@ class TrackingStream {
   void setWithHead(bool on);
   /// Makes both stores "not seen"; the rest of them stays.
   void resetQualities();
-  /// Calls look(state) with the lock held, so what it does costs lines. It must not call
-  /// this object.
+  /// Calls look(state) with the lock held, so what it does costs lines. It must not call this object.
   template <class Look>
   auto look(Look&& look) const {
     const std::lock_guard<std::mutex> guard(lock_);
@@ -88,7 +86,7 @@ class TrackingStream {
 
   // --- any thread ------------------------------------------------------------------------------------------------
 
-  /// Lines dropped whole because they have no end within the buffer.
+  /// Lines dropped whole because they are longer than longestLine.
   std::uint64_t droppedTooLong() const { return droppedTooLong_; }
   /// Lines dropped because the lock was held.
   std::uint64_t droppedBusy() const { return droppedBusy_; }
@@ -96,17 +94,16 @@ class TrackingStream {
  private:
   enum class BodyType { Other, Standard, Device };
 
-  int parseBodies(std::size_t length);
-  int parseDevices(std::size_t length, bool newFormat);
+  int parseBodies(const char* line, std::size_t length);
+  int parseDevices(const char* line, std::size_t length, bool newFormat);
   void mark(Tracked tracked);
 
-  mutable std::mutex lock_;  // guards everything up to buffer_
+  mutable std::mutex lock_;  // guards everything up to lineMarking_
   BodyType chosenType_ = BodyType::Other;
   int chosenIndex_ = -1;
   bool withHead_ = false;
   State state_;
   Tracked lineMarking_ = Tracked::Unknown;
-  std::array<char, longestLine + 1> buffer_{};  // the line being read
   std::atomic<std::uint64_t> droppedTooLong_{0};
   std::atomic<std::uint64_t> droppedBusy_{0};
 };

@@ -110,6 +110,14 @@ TEST_F(BackendCommandsTest, TransformWithoutSaneNumbersIsNotSent) {
   }
 }
 
+TEST_F(BackendCommandsTest, TransformWhoseRebuiltRotationHasNoSaneNumbersIsNotSent) {
+  answerAll("korvex2 ok");
+  // A million times a turn: x = y = z = 500000, and 1 - 2 y^2 - 2 z^2 is about -1e12.
+  const bsMatrix transform = rigid({0, 0, 1e6, 1e6, 0, 0, 0, 1e6, 0}, bsVector());
+  EXPECT_EQ(channel.sendBodyTransform("standard", 1, transform), BackendChannel::CommandResult::Failed);
+  EXPECT_THAT(io.log, ElementsAre(reported(transformFailed)));
+}
+
 TEST_F(BackendCommandsTest, TransformFarAwayIsStillSent) {
   answerAll("korvex2 ok");
   EXPECT_EQ(channel.sendBodyTransform("standard", 1, rigid({1, 0, 0, 0, 1, 0, 0, 0, 1}, bsVector(-1e9, 0, 0))),
