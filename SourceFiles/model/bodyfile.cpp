@@ -235,8 +235,7 @@ BodyFileResult writeBodyFile(const QString& path, const BodyFileContent& content
   }
   const BodyFileResult result = writeBody(file, content);
   if (!result) {
-    file.cancelWriting();
-    return result;
+    return result;  // what is not committed is thrown away
   }
   return file.commit() ? result : BodyFileResult{BodyFileError::End, 0};
 }

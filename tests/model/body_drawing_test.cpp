@@ -42,6 +42,7 @@ class BodyDrawing : public testing::Test {
     return (low + high) * 0.5;
   }
 
+  ModalWatch watch;
   GlProbe probe{1000.0};
   const std::vector<bsVector> positions{{100, 0, 0}, {100, 200, 0}, {-100, 0, 300}};
   abcBody body;

@@ -6,6 +6,7 @@
 
 #include "abcBody.h"
 #include "bodies.h"
+#include "modalwatch.h"
 
 namespace {
 
@@ -22,6 +23,7 @@ class BodyHistory : public testing::Test {
   /// Origin of the body coordinate system, loaded coordinates.
   bsVector origin() const { return body.give_my_transformation().getColumn(3); }
 
+  ModalWatch watch;
   const std::vector<bsVector> positions{{0, 0, 0}, {100, 0, 0}, {0, 10, 0}, {0, 0, 7}};
   abcBody body;
 };

@@ -16,17 +16,18 @@ class BodyLoading : public testing::Test {
  protected:
   /// Loading `path` must fail with this text ("%" standing for the path) and leave no trace of a body.
   void expectFailure(const QString& path, const char* before, const char* after) {
-    ModalWatch watch;
+    const std::size_t boxes = watch.boxes().size();
     watch.expectBox("Error loading body", before + path + after, QMessageBox::Ok);
     EXPECT_FALSE(body.load(path));
-    ASSERT_EQ(watch.boxes().size(), 1u);
-    EXPECT_EQ(watch.boxes()[0].icon, QMessageBox::Warning);
+    ASSERT_EQ(watch.boxes().size(), boxes + 1);
+    EXPECT_EQ(watch.boxes().back().icon, QMessageBox::Warning);
     EXPECT_FALSE(body.isLoaded());
     EXPECT_TRUE(body.getFileName().isEmpty());
     EXPECT_EQ(body.getNumMarker(), 0u);
     EXPECT_TRUE(body.getLines().empty());
   }
 
+  ModalWatch watch;
   Folder folder;
   abcBody body;
 };
@@ -155,7 +156,6 @@ TEST_F(BodyLoading, ThatFailsStillUnloadsTheBodyBefore) {
 }
 
 TEST_F(BodyLoading, ShowsAPathAsPlainText) {
-  ModalWatch watch;
   bool plain = false;
   watch.expectWindow([&plain](QWidget* window) {
     auto* box = qobject_cast<QMessageBox*>(window);

@@ -5,7 +5,11 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <csignal>
 
 #include "abcBody.h"
@@ -38,13 +42,14 @@ class FileSizeLimit {
 class BodySaving : public testing::Test {
  protected:
   void expectFailure(const QString& path, const QString& before, const char* after) {
-    ModalWatch watch;
+    const std::size_t boxes = watch.boxes().size();
     watch.expectBox("Error saving body", before + path + after, QMessageBox::Ok);
     EXPECT_FALSE(body.save(path));
-    ASSERT_EQ(watch.boxes().size(), 1u);
-    EXPECT_EQ(watch.boxes()[0].icon, QMessageBox::Warning);
+    ASSERT_EQ(watch.boxes().size(), boxes + 1);
+    EXPECT_EQ(watch.boxes().back().icon, QMessageBox::Warning);
   }
 
+  ModalWatch watch;
   Folder folder;
   abcBody body;
 };
@@ -103,6 +108,17 @@ TEST_F(BodySaving, ReplacesALongerFileWhole) {
   ASSERT_TRUE(body.load(&positions));
   ASSERT_TRUE(body.save(path));
   EXPECT_EQ(contentOf(path), "2\n1 2 3\n4 5 6\n# Lines\n0\n");
+}
+
+TEST_F(BodySaving, ThroughALinkReplacesTheFileAndKeepsTheLink) {
+  const QString target = folder.file("target.body", "old content");
+  const QString link = folder.path("link.body");
+  ASSERT_TRUE(QFile::link(target, link));
+  const std::vector<bsVector> positions{{1, 2, 3}, {4, 5, 6}};
+  ASSERT_TRUE(body.load(&positions));
+  ASSERT_TRUE(body.save(link));
+  EXPECT_TRUE(QFileInfo(link).isSymLink());
+  EXPECT_EQ(contentOf(target), "2\n1 2 3\n4 5 6\n# Lines\n0\n");
 }
 
 TEST_F(BodySaving, WritesLinesAsMarkerIndices) {
@@ -188,12 +204,25 @@ TEST_F(BodySaving, OntoAFolderSaysThatTheFileCannotBeOpened) {
   EXPECT_TRUE(QFileInfo(folder.path("sub")).isDir());
 }
 
-TEST_F(BodySaving, OntoAFullDeviceSaysThatTheNumberOfMarkersWasNotWritten) {
+TEST_F(BodySaving, OntoSomethingThatIsNoFileWritesToItAndDoesNotReplaceIt) {
   const std::vector<bsVector> positions = row(2);
   ASSERT_TRUE(body.load(&positions));
+  // A pipe first, of our own: were it replaced by a file, the device below would be, too.
+  const QString pipe = folder.path("pipe");
+  const QByteArray pipeName = QFile::encodeName(pipe);
+  ASSERT_EQ(mkfifo(pipeName.constData(), 0600), 0);
+  const int reader = open(pipeName.constData(), O_RDONLY | O_NONBLOCK);
+  ASSERT_GE(reader, 0);
+  EXPECT_TRUE(body.save(pipe));
+  char bytes[100];
+  const ssize_t count = read(reader, bytes, sizeof bytes);
+  close(reader);
+  ASSERT_FALSE(QFileInfo(pipe).isFile()) << "the pipe was replaced by a file";
+  ASSERT_GE(count, 0);
+  EXPECT_EQ(std::string(bytes, static_cast<std::size_t>(count)), "2\n0 0 0\n10 0 0\n# Lines\n0\n");
+
   ASSERT_TRUE(QFileInfo::exists("/dev/full"));
   expectFailure("/dev/full", "Error while writing number of markers in ", ".\nBody not saved.");
-  EXPECT_FALSE(QFileInfo("/dev/full").isFile()) << "the device was replaced by a file";
 }
 
 TEST_F(BodySaving, OntoADiskThatFillsUpNamesThePartAndLeavesTheOldFile) {

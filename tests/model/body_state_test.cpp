@@ -15,9 +15,15 @@ using Signals = std::vector<std::string>;
 
 static_assert(!std::is_copy_constructible_v<abcBody> && !std::is_copy_assignable_v<abcBody>);
 
+/// A box that nobody expects fails a case instead of holding it.
+class Body : public testing::Test {
+ protected:
+  ModalWatch watch;
+};
+
 constexpr char oneMarker[] = "Error : Number of markers = 1 (is it a body file ?).\nBody not loaded.";
 
-TEST(Body, StartsEmptyWithTheGivenDefaults) {
+TEST_F(Body, StartsEmptyWithTheGivenDefaults) {
   const abcBody body(nullptr);
   EXPECT_FALSE(body.isLoaded());
   EXPECT_FALSE(body.isModified());
@@ -46,7 +52,7 @@ TEST(Body, StartsEmptyWithTheGivenDefaults) {
   EXPECT_EQ(body.getXZGridColor(), QColor(255, 0, 255));
 }
 
-TEST(Body, KeepsEachDisplayOptionApart) {
+TEST_F(Body, KeepsEachDisplayOptionApart) {
   abcBody body;
   body.showSmallMarkers(true);
   body.showMarkerEmissions(false);
@@ -80,7 +86,7 @@ TEST(Body, KeepsEachDisplayOptionApart) {
   EXPECT_TRUE(body.areMarkersColored());
 }
 
-TEST(Body, LoadsMarkersInOrderAndEmitsOnlyLoaded) {
+TEST_F(Body, LoadsMarkersInOrderAndEmitsOnlyLoaded) {
   abcBody body;
   SignalLog emitted(body);
   std::vector<bsVector> positions{{1, 2, 3}, {4, 5, 6}, {7, 8, 12}};
@@ -97,7 +103,7 @@ TEST(Body, LoadsMarkersInOrderAndEmitsOnlyLoaded) {
   EXPECT_EQ(body.getCenterOfGravity(), bsVector(4, 5, 7));
 }
 
-TEST(Body, ColoursMarkersFromAPaletteOfSeven) {
+TEST_F(Body, ColoursMarkersFromAPaletteOfSeven) {
   abcBody body;
   const std::vector<bsVector> positions = row(9);
   ASSERT_TRUE(body.load(&positions));
@@ -109,7 +115,7 @@ TEST(Body, ColoursMarkersFromAPaletteOfSeven) {
   }
 }
 
-TEST(Body, ForgetsTheBodyBeforeWhenLoadedAgain) {
+TEST_F(Body, ForgetsTheBodyBeforeWhenLoadedAgain) {
   abcBody body;
   const std::vector<bsVector> first = row(3);
   const std::vector<bsVector> second{{0, 0, 5}, {0, 0, 7}};
@@ -134,7 +140,7 @@ TEST(Body, ForgetsTheBodyBeforeWhenLoadedAgain) {
   EXPECT_FALSE(body.canRedo());
 }
 
-TEST(Body, LoadsWithoutAChangeThatWasMadeWhileNothingWasLoaded) {
+TEST_F(Body, LoadsWithoutAChangeThatWasMadeWhileNothingWasLoaded) {
   abcBody body;
   setPending(body, bsVector(1, 2, 3));
   body.store();
@@ -145,11 +151,10 @@ TEST(Body, LoadsWithoutAChangeThatWasMadeWhileNothingWasLoaded) {
   EXPECT_FALSE(body.canUndo());
 }
 
-TEST(Body, OfExactlyOneMarkerIsRefusedWithABox) {
+TEST_F(Body, OfExactlyOneMarkerIsRefusedWithABox) {
   abcBody body;
   SignalLog emitted(body);
   const std::vector<bsVector> positions = row(1);
-  ModalWatch watch;
   watch.expectBox("Error loading body", oneMarker, QMessageBox::Ok);
   EXPECT_FALSE(body.load(&positions));
   ASSERT_EQ(watch.boxes().size(), 1u);
@@ -160,13 +165,12 @@ TEST(Body, OfExactlyOneMarkerIsRefusedWithABox) {
   EXPECT_EQ(emitted.take(), Signals{});
 }
 
-TEST(Body, OfExactlyOneMarkerStillUnloadsTheBodyBefore) {
+TEST_F(Body, OfExactlyOneMarkerStillUnloadsTheBodyBefore) {
   abcBody body;
   const std::vector<bsVector> three = row(3);
   const std::vector<bsVector> one = row(1);
   ASSERT_TRUE(body.load(&three));
   SignalLog emitted(body);
-  ModalWatch watch;
   watch.expectBox("Error loading body", oneMarker, QMessageBox::Ok);
   EXPECT_FALSE(body.load(&one));
   EXPECT_FALSE(body.isLoaded());
@@ -174,7 +178,7 @@ TEST(Body, OfExactlyOneMarkerStillUnloadsTheBodyBefore) {
   EXPECT_EQ(emitted.take(), (Signals{"loaded 0", "modified 0"}));
 }
 
-TEST(Body, OfNoMarkersLoadsWithItsCentreAtTheOrigin) {
+TEST_F(Body, OfNoMarkersLoadsWithItsCentreAtTheOrigin) {
   abcBody body;
   const std::vector<bsVector> none;
   EXPECT_TRUE(body.load(&none));
@@ -185,7 +189,7 @@ TEST(Body, OfNoMarkersLoadsWithItsCentreAtTheOrigin) {
   EXPECT_TRUE(body.give_data_with_emissions().isEmpty());
 }
 
-TEST(Body, RefusesANullPointerWithoutTouchingTheBodyBefore) {
+TEST_F(Body, RefusesANullPointerWithoutTouchingTheBodyBefore) {
   abcBody body;
   const std::vector<bsVector> positions = row(3);
   ASSERT_TRUE(body.load(&positions));
@@ -195,7 +199,7 @@ TEST(Body, RefusesANullPointerWithoutTouchingTheBodyBefore) {
   EXPECT_EQ(body.getNumMarker(), 3u);
 }
 
-TEST(Body, InitialisesWithTheSignalsFirstWhileItsMarkersStillExist) {
+TEST_F(Body, InitialisesWithTheSignalsFirstWhileItsMarkersStillExist) {
   abcBody body;
   const std::vector<bsVector> positions = row(3);
   ASSERT_TRUE(body.load(&positions));
@@ -210,7 +214,7 @@ TEST(Body, InitialisesWithTheSignalsFirstWhileItsMarkersStillExist) {
   EXPECT_TRUE(body.getLines().empty());
 }
 
-TEST(Body, EmptiesItsFileNameWhenMarkedUnloadedAndNotWhenMarkedLoaded) {
+TEST_F(Body, EmptiesItsFileNameWhenMarkedUnloadedAndNotWhenMarkedLoaded) {
   abcBody body;
   SignalLog emitted(body);
   body.setFileName("some.body");
@@ -223,7 +227,7 @@ TEST(Body, EmptiesItsFileNameWhenMarkedUnloadedAndNotWhenMarkedLoaded) {
   EXPECT_EQ(emitted.take(), (Signals{"loaded 1", "loaded 0"}));
 }
 
-TEST(Body, EmitsModifiedOnEveryCallChangedOrNot) {
+TEST_F(Body, EmitsModifiedOnEveryCallChangedOrNot) {
   abcBody body;
   SignalLog emitted(body);
   body.setModified(false);
@@ -235,7 +239,7 @@ TEST(Body, EmitsModifiedOnEveryCallChangedOrNot) {
 
 // --- emissions ---
 
-TEST(Body, GivesEmissionsToMarkersByIndexAndLeavesTheRest) {
+TEST_F(Body, GivesEmissionsToMarkersByIndexAndLeavesTheRest) {
   abcBody body;
   const std::vector<bsVector> positions = row(3);
   ASSERT_TRUE(body.load(&positions));
@@ -250,7 +254,7 @@ TEST(Body, GivesEmissionsToMarkersByIndexAndLeavesTheRest) {
   EXPECT_EQ(records[2].opening_angle, 9.0);
 }
 
-TEST(Body, IgnoresEmissionsBeyondItsMarkers) {
+TEST_F(Body, IgnoresEmissionsBeyondItsMarkers) {
   abcBody body;
   const std::vector<bsVector> positions = row(2);
   ASSERT_TRUE(body.load(&positions));
@@ -259,7 +263,7 @@ TEST(Body, IgnoresEmissionsBeyondItsMarkers) {
   EXPECT_EQ(body.give_data_with_emissions()[1].emission_x, 2.0);
 }
 
-TEST(Body, GivesTheSameEmissionToEveryMarkerAndToNoneWithoutMarkers) {
+TEST_F(Body, GivesTheSameEmissionToEveryMarkerAndToNoneWithoutMarkers) {
   abcBody body;
   body.setMarkerEmission(1, 2, 3, 45);
   const std::vector<bsVector> positions = row(4);
@@ -274,7 +278,7 @@ TEST(Body, GivesTheSameEmissionToEveryMarkerAndToNoneWithoutMarkers) {
   }
 }
 
-TEST(Body, HandsOutRecordsInMarkerOrder) {
+TEST_F(Body, HandsOutRecordsInMarkerOrder) {
   abcBody body;
   const std::vector<bsVector> positions{{1, 2, 3}, {4, 5, 6}};
   ASSERT_TRUE(body.load(&positions));
@@ -298,7 +302,7 @@ class CountedLine : public abcLine {
   int& alive_;
 };
 
-class BodyLines : public testing::Test {
+class BodyLines : public Body {
  protected:
   BodyLines() {
     const std::vector<bsVector> positions = row(4);
