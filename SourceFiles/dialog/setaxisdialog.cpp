@@ -1,6 +1,9 @@
 // The choice of three different axes and its announcement.
 #include "setaxisdialog.h"
 
+#include <QComboBox>
+#include <QPalette>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QString>
 
@@ -21,10 +24,20 @@ int axisOfText(const QString& text) {
   return ABC_AXIS_X;
 }
 
+// A field that only informs is disabled; its text is still there to be read.
+void keepTextReadable(QComboBox* field) {
+  QPalette palette = field->palette();
+  for (const QPalette::ColorRole role : {QPalette::Text, QPalette::ButtonText, QPalette::WindowText}) {
+    palette.setColor(QPalette::Disabled, role, palette.color(QPalette::Active, role));
+  }
+  field->setPalette(palette);
+}
+
 }  // namespace
 
 SetAxisDialog::SetAxisDialog(QWidget* parent) : QDialog(parent), ui_(std::make_unique<Ui::SetAxisDialog>()) {
   ui_->setupUi(this);
+  keepTextReadable(ui_->comboBox_axisToCalculate);
   const auto indexChanged = QOverload<int>::of(&QComboBox::currentIndexChanged);
   connect(ui_->comboBox_axisToSet, indexChanged, this, &SetAxisDialog::onAxisToSetChoice);
   connect(ui_->comboBox_axisToPreserve, indexChanged, this, &SetAxisDialog::onAxisToPreserveChoice);

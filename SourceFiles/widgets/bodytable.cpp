@@ -32,6 +32,7 @@ void setUpColumns(QTableWidget* table, const QStringList& titles) {
   table->horizontalHeader()->setStretchLastSection(true);
   table->setSelectionMode(QAbstractItemView::NoSelection);
   table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  table->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
 }
 
 void fillRow(QTableWidget* table, int row, const QStringList& texts) {

@@ -1,27 +1,21 @@
 // The value's way between spin box, thumb wheel and client, and the brackets around an operator's edit.
 #include "bsDoubleWidget.h"
 
-#include <qwt_wheel.h>
-
 #include <QApplication>
 #include <QBoxLayout>
 #include <QBrush>
 #include <QColor>
-#include <QDoubleSpinBox>
-#include <QFocusEvent>
 #include <QFont>
 #include <QHideEvent>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QLocale>
 #include <QPalette>
 #include <QPointer>
 #include <QSizePolicy>
-#include <QWheelEvent>
 
 #include <cmath>
-#include <functional>
-#include <utility>
+
+#include "entryfields.h"
 
 namespace {
 
@@ -32,66 +26,6 @@ constexpr double wheelRange = 360.0;
 constexpr double wheelHalfTurn = 180.0;
 // One more than the wheel's range. Kept on purpose: a turn through the wheel's seam counts one step more.
 constexpr double wheelPeriod = 361.0;
-constexpr int notch = QWheelEvent::DefaultDeltasPerStep;
-
-/// Spin box that understands the decimal point also where the locale writes a comma. Without this a point is refused
-/// there, and an operator who types "1.5" without looking enters 15.
-class EntrySpinBox final : public QDoubleSpinBox {
- public:
-  using QDoubleSpinBox::QDoubleSpinBox;
-
-  QValidator::State validate(QString& text, int& pos) const override {
-    const QChar mark = locale().decimalPoint();
-    const int numberLength = text.endsWith(suffix()) ? text.size() - suffix().size() : text.size();
-    const int point = text.leftRef(numberLength).indexOf(QLatin1Char('.'));
-    if (mark != QLatin1Char('.') && point >= 0 && !text.leftRef(numberLength).contains(mark)) {
-      text[point] = mark;
-    }
-    return QDoubleSpinBox::validate(text, pos);
-  }
-};
-
-/// Thumb wheel that also tells of every release and of the loss of the focus, and that gathers fine scrolling.
-///
-/// A wheel whose value is set during a drag drops the drag and announces no release; the drag's edit would stay open.
-/// Touch pads scroll by fractions of a notch, of which the plain wheel takes none (or a whole page each, with Ctrl).
-class ThumbWheel final : public QwtWheel {
- public:
-  ThumbWheel(QWidget* parent, std::function<void()> released, std::function<void(Qt::FocusReason)> focusLost)
-      : QwtWheel(parent), released_(std::move(released)), focusLost_(std::move(focusLost)) {}
-
- protected:
-  void mouseReleaseEvent(QMouseEvent* event) override {
-    const QPointer<QwtWheel> self(this);
-    QwtWheel::mouseReleaseEvent(event);
-    if (self != nullptr) {
-      released_();
-    }
-  }
-  void focusOutEvent(QFocusEvent* event) override {
-    const Qt::FocusReason reason = event->reason();
-    QwtWheel::focusOutEvent(event);
-    focusLost_(reason);
-  }
-  void wheelEvent(QWheelEvent* event) override {
-    scrolled_ += event->angleDelta().y();
-    const int notches = scrolled_ / notch * notch;
-    if (notches == 0) {
-      event->accept();
-      return;
-    }
-    scrolled_ -= notches;
-    QWheelEvent whole(event->position(), event->globalPosition(), event->pixelDelta(), QPoint(0, notches),
-                      event->buttons(), event->modifiers(), event->phase(), event->inverted(), event->source());
-    QwtWheel::wheelEvent(&whole);
-    event->setAccepted(whole.isAccepted());
-  }
-
- private:
-  std::function<void()> released_;
-  std::function<void(Qt::FocusReason)> focusLost_;
-  int scrolled_ = 0;  // what does not make a notch yet, in eighths of a degree
-};
 
 }  // namespace
 
@@ -147,14 +81,14 @@ void bsDoubleWidget::createFields(double minimum, double maximum, bool wrapping)
   innerLayout_->setSpacing(fieldSpacing);
   outerLayout_->addLayout(innerLayout_);
 
-  spin_ = new EntrySpinBox(this);
+  spin_ = new korvex2::EntrySpinBox(this);
   spin_->setAlignment(Qt::AlignRight);
   spin_->setMinimumWidth(fieldMinimumWidth);
   spin_->setWrapping(wrapping);
   spin_->setRange(minimum, wrapping ? maximum - 1.0 : maximum);
   innerLayout_->addWidget(spin_);
 
-  wheel_ = new ThumbWheel(
+  wheel_ = new korvex2::ThumbWheel(
       this,
       [this] {
         if (mouseEditing_) {

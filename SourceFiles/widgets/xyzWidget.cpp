@@ -119,9 +119,12 @@ void xyzWidget::setLabels(const QString& xLabel, const QString& yLabel, const QS
   setZLabel(zLabel);
 }
 
+// By value: callers outside the library are bound to these signatures.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 void xyzWidget::setXLabel(QString label) { x_->setLabel(label); }
 void xyzWidget::setYLabel(QString label) { y_->setLabel(label); }
 void xyzWidget::setZLabel(QString label) { z_->setLabel(label); }
+// NOLINTEND(performance-unnecessary-value-param)
 
 void xyzWidget::reset() {
   x_->reset();

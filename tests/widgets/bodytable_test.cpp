@@ -44,6 +44,7 @@ std::vector<Row> rowsOf(const QTableWidget* table) {
 
 Row headersOf(const QTableWidget* table) {
   Row texts;
+  texts.reserve(static_cast<std::size_t>(table->columnCount()));
   for (int column = 0; column < table->columnCount(); ++column) {
     texts.push_back(table->horizontalHeaderItem(column)->text().toStdString());
   }
