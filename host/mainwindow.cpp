@@ -78,13 +78,13 @@ void MainWindow::buildDocks() {
   trafficDock_->setObjectName(QStringLiteral("trafficDock"));
   trafficDock_->setWidget(traffic);
   addDockWidget(Qt::BottomDockWidgetArea, trafficDock_);
-  resizeDocks({reportsDock_, trafficDock_}, {1, 1}, Qt::Horizontal);
 }
 
 void MainWindow::takeFirstSize() {
   const QRect room = screen()->availableGeometry();
   resize(QSize(1180, 740).boundedTo(room.size() * 0.94));
   move(room.center() - rect().center());
+  resizeDocks({reportsDock_, trafficDock_}, {width() * 2 / 5, width() * 3 / 5}, Qt::Horizontal);
   const int dockHeight = height() * 3 / 10;
   resizeDocks({reportsDock_, trafficDock_}, {dockHeight, dockHeight}, Qt::Vertical);
 }
