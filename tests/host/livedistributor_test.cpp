@@ -219,6 +219,31 @@ TEST(LiveDistributor, OtherSubscribersComeAndGoDuringACall) {
   delivery.join();
 }
 
+TEST(LiveDistributor, SubscribersAreCalledOneAfterTheOtherThoughTwoThreadsDeliver) {
+  LiveDistributor distributor;
+  Counter first;
+  Counter second;
+  std::promise<void> entered;
+  std::promise<void> leave;
+  std::shared_future<void> mayLeave = leave.get_future().share();
+  first.act = [&] {
+    entered.set_value();
+    mayLeave.wait();
+  };
+  distributor.add("a", &first);
+  distributor.add("b", &second);
+  std::thread one([&] { distributor.deliver("a", "x"); });
+  entered.get_future().wait();
+  std::future<void> other = std::async(std::launch::async, [&] { distributor.deliver("b", "x"); });
+  // 50 ms in which a delivery that does not wait would be long done.
+  EXPECT_EQ(other.wait_for(50ms), std::future_status::timeout);
+  EXPECT_EQ(second.calls, 0);
+  leave.set_value();
+  one.join();
+  other.get();
+  EXPECT_EQ(second.calls, 1);
+}
+
 TEST(LiveDistributor, TwoSubscribersThatRemoveEachOtherOnTwoThreadsDoNotWaitForEver) {
   for (int round = 0; round < 200; ++round) {
     LiveDistributor distributor;

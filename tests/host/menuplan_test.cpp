@@ -71,8 +71,8 @@ TEST_F(MenuPlan, MergesTitlesThatReadTheSame) {
 }
 
 TEST_F(MenuPlan, AMergedMenuStandsWhereItsSmallestPlacementPutsIt) {
-  add("a", "&Late", 1, 900);
   add("b", "&Middle", 1, 500);
+  add("a", "&Late", 1, 900);
   add("c", "&Late", 2, 100);
   EXPECT_EQ(plan(), "&Late: a c; &Middle: b");
 }
