@@ -64,7 +64,7 @@ bsDoubleWidget::bsDoubleWidget(QWidget* parent, bsDoubleMode mode, double minimu
 }
 
 bsDoubleWidget::~bsDoubleWidget() {
-  // The fields would die with the base class, lose the focus there and reach for what is gone of this object by then.
+  // A window is closed by its base class: the fields would lose the focus there and call what is gone of this object.
   spin_->disconnect(this);
   delete wheel_;
 }
@@ -388,10 +388,7 @@ void bsDoubleWidget::zeroWheel() {
   if (wheel_->value() == 0.0) {
     return;  // setting the value would break off a drag that has just begun
   }
-  // The wheel reports its way back like a turn; it is none, so it makes no edit pending.
-  const bool pending = wheelEditPending_;
   wheel_->setValue(0.0);
-  wheelEditPending_ = pending;
 }
 
 void bsDoubleWidget::finishWheelEdit() {

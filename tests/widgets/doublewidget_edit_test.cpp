@@ -272,8 +272,8 @@ TEST_F(DoubleWidgetEdit, LeaveEventIsAccepted) {
 
 TEST_F(DoubleWidgetEdit, FineScrollingAddsUpToNotches) {
   open(bsDoubleWheel);
-  for (int i = 0; i < 8; ++i) {
-    scroll(wheel, 30);
+  for (int i = 0; i < 3; ++i) {
+    scroll(wheel, 80);
   }
   EXPECT_EQ(widget->value(), 2.0);
   for (int i = 0; i < 8; ++i) {
@@ -336,6 +336,16 @@ TEST_F(DoubleWidgetEdit, KeysTurnTheWheelUntilFocusOrMouseLeaves) {
   QTest::keyClick(wheel, Qt::Key_Right);
   leave(widget);
   EXPECT_THAT(take(&log), ElementsAre("begin", "value 1", "finished", "value 0"));
+}
+
+TEST_F(DoubleWidgetEdit, KeyEditOnTheWheelGoesOnWhileTheSpinBoxHoldsItsFocus) {
+  open(bsDoubleSpinWheel);
+  wheel->setFocus();
+  QTest::keyClick(wheel, Qt::Key_Up);
+  EXPECT_TRUE(spin->hasFocus());
+  EXPECT_THAT(take(&log), ElementsAre("begin", "value 1"));
+  leave(widget);
+  EXPECT_THAT(take(&log), ElementsAre("finished"));
 }
 
 TEST_F(DoubleWidgetEdit, WheelStopsAtTheEndsOfTheRange) {
@@ -493,4 +503,19 @@ TEST_F(DoubleWidgetEdit, WidgetDeletedWithTheFocusReportsNothing) {
   take(&log);
   delete widget;
   EXPECT_THAT(take(&log), IsEmpty());
+}
+
+TEST_F(DoubleWidgetEdit, WindowOfItsOwnDeletedInAnEditReportsNothing) {
+  for (const bool onWheel : {false, true}) {
+    auto entry = std::make_unique<bsDoubleWidget>(nullptr, onWheel ? bsDoubleWheel : bsDoubleSpin, 0.0, 100.0, false);
+    record(entry.get(), &log);
+    ASSERT_TRUE(showActive(entry.get()));
+    QWidget* const field = onWheel ? static_cast<QWidget*>(wheelOf(entry.get())) : spinOf(entry.get());
+    field->setFocus();
+    QTest::keyClick(field, Qt::Key_Up);
+    EXPECT_THAT(take(&log), ElementsAre("begin", "value 1"));
+    EXPECT_TRUE(field->hasFocus());
+    entry.reset();
+    EXPECT_THAT(take(&log), IsEmpty());
+  }
 }

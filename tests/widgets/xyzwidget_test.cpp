@@ -221,6 +221,7 @@ TEST(XyzWidget, GroupBoxTakesTheFieldsInAndGivesThemBack) {
   const std::vector<bsDoubleWidget*> fields = fieldsOf(widget);
   for (int round = 0; round < 2; ++round) {
     widget->showGroupBox(true);
+    EXPECT_TRUE(fields[0]->isVisible() && fields[1]->isVisible() && fields[2]->isVisible()) << "at once";
     QApplication::processEvents();
     EXPECT_TRUE(box->isVisible());
     EXPECT_EQ(contentOf(box->layout(), *widget), "XYZ");
@@ -231,6 +232,7 @@ TEST(XyzWidget, GroupBoxTakesTheFieldsInAndGivesThemBack) {
       EXPECT_TRUE(box->rect().contains(field->geometry()));
     }
     widget->showGroupBox(false);
+    EXPECT_TRUE(fields[0]->isVisible() && fields[1]->isVisible() && fields[2]->isVisible()) << "at once";
     QApplication::processEvents();
     EXPECT_FALSE(box->isVisible());
     EXPECT_EQ(contentOf(box->layout(), *widget), "");
