@@ -49,7 +49,7 @@ class GLCanvas : public QGLWidget {
   // --- Camera ---
 
   /// Current and saved view become `view`.
-  void set_view(bsFrame view);
+  void set_view(const bsFrame& view);
   bsFrame get_view() const;
   bsVector getViewPosition() const;
   void setViewMode(abcViewMode mode);

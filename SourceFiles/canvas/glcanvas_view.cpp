@@ -46,7 +46,7 @@ GLCanvas::~GLCanvas() = default;
 
 // --- Camera ---
 
-void GLCanvas::set_view(bsFrame view) {
+void GLCanvas::set_view(const bsFrame& view) {
   copyView(view, currentView_);
   saveCurrentView();
   updateGL();

@@ -2,7 +2,12 @@
 #include <GL/gl.h>
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QStackedWidget>
 #include <QTest>
+#include <QVBoxLayout>
 
 #include <cmath>
 
@@ -204,4 +209,42 @@ TEST(CanvasRedraw, TwoCanvasesDoNotDisturbEachOther) {
   EXPECT_EQ(first.doPicking(static_cast<unsigned int>(at.x()), static_cast<unsigned int>(at.y())), marker(first, 1));
   painted(second);
   EXPECT_EQ(painted(first), before);
+}
+
+TEST(CanvasRedraw, ACanvasOnAPageOfADialogPaintsAndPicksWheneverThePageIsShown) {
+  QDialog dialog;
+  auto* pages = new QStackedWidget(&dialog);
+  auto* layout = new QVBoxLayout(&dialog);
+  layout->addWidget(new QLabel("above", &dialog));
+  layout->addWidget(pages);
+  auto* canvas = new GLCanvas(&dialog);
+  pages->insertWidget(0, canvas);
+  pages->insertWidget(1, new QLabel("other page"));
+  load(*canvas, tetrahedron());
+  dialog.resize(500, 450);
+  dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+  const auto works = [&] {
+    const Camera camera = cameraOf(*canvas, tetrahedron());
+    for (std::size_t i = 0; i < 4; ++i) {
+      const QPoint at = camera.click(tetrahedron()[i]);
+      canvas->checkSelection(nullptr);
+      QTest::mouseClick(canvas, Qt::LeftButton, Qt::NoModifier, at);
+      EXPECT_EQ(selectedIds(*canvas), std::vector<int>{static_cast<int>(i)});
+      if (i != 0) {  // the body's axes stand before marker 0
+        EXPECT_EQ(painted(*canvas).pixelColor(at), QColor(Qt::white));
+      }
+    }
+  };
+  works();
+  pages->setCurrentIndex(1);
+  dialog.resize(600, 500);
+  QApplication::processEvents();
+  pages->setCurrentIndex(0);
+  QApplication::processEvents();
+  works();
+  dialog.hide();
+  dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+  works();
 }
