@@ -172,6 +172,11 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
     std::vector<Emission> emissions;
     bool isEmpty() const { return positions.empty(); }
   };
+  /// Emissions of a body as they were before the first apply that wrote others.
+  struct OverwrittenEmissions {
+    ChosenBody body;
+    std::vector<Emission> original;
+  };
   /// What the canvas shows, kept here and mirrored by the context menu.
   struct DisplayFlags {
     bool smallMarkers = false;
@@ -208,6 +213,7 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   void close_with(int result);
   bool confirm_discard();
   void write_deletion_back();
+  void write_emissions_back(const ChosenBody& body);
 
   // bodies
   bool read_row(int index, ChosenBody& body);
@@ -224,6 +230,9 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   bool has_unwritten_change() const;
   bool write_chosen_body();
   void forget_written_change();
+  void forget_deleted_marker();
+  void keep_original_emissions();
+  void reload_after_deletion(int marker);
   Geometry geometry_of_canvas() const;
   void fill_tables_from_canvas();
   void finish_typed_edits();
@@ -256,10 +265,12 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   Geometry undo_backup_;           // the body before the last marker deletion, in the backend's present coordinates
   ChosenBody backup_body_;         // whose undo_backup_ is
   int deleted_marker_ = -1;        // whose deletion can be redone
+  int deleting_marker_ = -1;       // while the body is read again after its deletion
   bool deletion_pending_ = false;  // a deletion is in the backend and was not undone
   std::vector<bsMatrix> saved_transforms_;  // by body slot: what was applied since the opening
-  std::vector<bool> applied_;               // by row
-  int standard_slots_ = 0;                  // slots of standard bodies; those of hand-held devices follow
+  std::vector<OverwrittenEmissions> overwritten_;
+  std::vector<bool> applied_;  // by row
+  int standard_slots_ = 0;     // slots of standard bodies; those of hand-held devices follow
   bsFrame saved_view_;
   QString requesting_module_;
   QString requested_body_;

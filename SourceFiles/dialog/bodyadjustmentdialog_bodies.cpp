@@ -1,5 +1,6 @@
 // Choosing, applying, undoing and losing markers of bodies in the adjustment dialog.
 #include <QMessageBox>
+#include <QScopedValueRollback>
 #include <QSignalBlocker>
 #include <QTimer>
 
@@ -126,7 +127,9 @@ bool BodyAdjustmentDialog::read_row(int index, ChosenBody& body) {
 // The canvas still holds the previous body: it stays the chosen one, or a later apply would send its change to the
 // body that could not be read.
 void BodyAdjustmentDialog::after_failed_fetch(const ChosenBody& previous) {
-  if (change_written_) {
+  if (deleting_marker_ >= 0) {
+    forget_deleted_marker();
+  } else if (change_written_) {
     forget_written_change();
   }
   chosen_ = previous;
@@ -247,6 +250,7 @@ bool BodyAdjustmentDialog::write_chosen_body() {
     return false;
   }
   if (emissions_edited_) {
+    keep_original_emissions();
     const Geometry edited = geometry_of_canvas();
     saveBodyToBackend(edited.positions, edited.emissions);
   }
@@ -286,6 +290,33 @@ bool BodyAdjustmentDialog::send_command() {
 void BodyAdjustmentDialog::forget_written_change() {
   load_geometry(geometry_of_canvas());
   apply_button_enable(false);
+}
+
+// The backend numbers the remaining markers anew. What is shown has to follow even when the body cannot be read, or the
+// next deletion would hit a neighbour of the selected marker.
+void BodyAdjustmentDialog::forget_deleted_marker() {
+  Geometry rest = change_written_ ? geometry_of_canvas() : geometry_;
+  const auto deleted = static_cast<std::size_t>(deleting_marker_);
+  if (deleted < rest.positions.size()) {
+    rest.positions.erase(rest.positions.begin() + deleting_marker_);
+  }
+  if (deleted < rest.emissions.size()) {
+    rest.emissions.erase(rest.emissions.begin() + deleting_marker_);
+  }
+  load_geometry(std::move(rest));
+  apply_button_enable(false);
+}
+
+// Undoing the coordinate system does not bring emissions back: they are overwritten, so the old ones must be kept. A
+// marker whose deletion can still be taken back counts among them.
+void BodyAdjustmentDialog::keep_original_emissions() {
+  for (const OverwrittenEmissions& kept : overwritten_) {
+    if (kept.body.isSame(chosen_)) {
+      return;
+    }
+  }
+  const bool deletionPending = deletion_pending_ && backup_body_.isSame(chosen_) && !undo_backup_.isEmpty();
+  overwritten_.push_back({chosen_, deletionPending ? undo_backup_.emissions : geometry_.emissions});
 }
 
 bsMatrix& BodyAdjustmentDialog::saved_transform(const ChosenBody& body) {
@@ -375,9 +406,14 @@ void BodyAdjustmentDialog::deleteMarker() {
   }
   deleted_marker_ = marker;
   deletion_pending_ = true;
+  reload_after_deletion(marker);
+  ui_->undo_button->setEnabled(true);
+}
+
+void BodyAdjustmentDialog::reload_after_deletion(int marker) {
+  const QScopedValueRollback<int> deleting(deleting_marker_, marker);
   // Kept on purpose: the body is found again by its id taken as a row.
   update_current_body(chosen_.id, true);
-  ui_->undo_button->setEnabled(true);
 }
 
 void BodyAdjustmentDialog::on_pushButton_deleteMarker_clicked() { deleteMarker(); }
@@ -395,13 +431,24 @@ void BodyAdjustmentDialog::on_undo_button_clicked() {
   finish_typed_edits();
   if (!deletion_is_last_step()) {
     canvas_->undo();
+    if (emissions_edited_) {  // no step of the history, but still to be applied
+      apply_button_enable(true);
+    }
+    if (deletion_is_last_step()) {
+      ui_->undo_button->setEnabled(true);
+    }
     return;
   }
   korvex2::writeGeometry(backend_, backup_body_.address(), backup_body_.id + 1, undo_backup_.positions,
                          undo_backup_.emissions);
   if (backup_body_.isSame(chosen_)) {
+    const bool emissionsEdited = emissions_edited_;
     reloadOldMarkerValues();
     load_geometry(Geometry(geometry_));
+    apply_button_enable(false);
+    if (emissionsEdited) {  // made after the deletion, so it stays
+      calcNormalizedUnitVector();
+    }
   }
   undo_backup_ = Geometry();
   deletion_pending_ = false;
@@ -423,7 +470,7 @@ void BodyAdjustmentDialog::on_redo_button_clicked() {
   }
   deleted_marker_ = -1;
   deletion_pending_ = true;
-  update_current_body(chosen_.id, true);
+  reload_after_deletion(marker);
   ui_->redo_button->setEnabled(false);
   ui_->undo_button->setEnabled(true);
 }

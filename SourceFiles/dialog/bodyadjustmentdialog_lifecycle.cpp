@@ -74,6 +74,7 @@ void BodyAdjustmentDialog::reset_bookkeeping() {
   deleted_marker_ = -1;
   deletion_pending_ = false;
   change_written_ = false;
+  overwritten_.clear();
   saved_transforms_.clear();
   applied_.clear();
 
@@ -210,6 +211,7 @@ void BodyAdjustmentDialog::on_ok_button_clicked() {
 }
 
 void BodyAdjustmentDialog::reject() {
+  finish_typed_edits();  // Escape leaves an entry open: what was typed is a change like others, and asked for
   if (!confirm_discard()) {
     return;
   }
@@ -276,6 +278,18 @@ void BodyAdjustmentDialog::set_all_body_to_old_value() {
     bsMatrix back;
     saved_transform(body).fastInvert(back);
     backend_.sendBodyTransform(body.address(), number, back);
+    write_emissions_back(body);
+  }
+}
+
+void BodyAdjustmentDialog::write_emissions_back(const ChosenBody& body) {
+  if (!backend_.writesEmissions()) {
+    return;
+  }
+  for (const OverwrittenEmissions& kept : overwritten_) {
+    for (std::size_t i = 0; kept.body.isSame(body) && i < kept.original.size(); ++i) {
+      backend_.setMarkerEmission(body.address(), body.id + 1, static_cast<int>(i) + 1, kept.original[i]);
+    }
   }
 }
 
