@@ -6,13 +6,24 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
+
 namespace korvex2 {
+
+class LiveDistributor;
 
 /// Software version of a backend. A revision of -1 means that the backend does not tell it.
 struct BackendVersionNumber {
   int major = 0;
   int minor = 0;
   int revision = 0;
+};
+
+/// What the host tells the operator of the live lines.
+struct LiveStatus {
+  bool offered = false;     ///< whether the connection brings live lines at all
+  bool measuring = false;   ///< whether a measurement runs
+  std::uint64_t lines = 0;  ///< handed to subscribers so far
 };
 
 /// A way to a backend: one line of text goes there, one line comes back.
@@ -35,6 +46,13 @@ class BackendConnection {
   virtual QStringList details() const { return {}; }
   /// What went wrong while the connection was made, for the operator; empty when all is well.
   virtual QStringList problems() const { return {}; }
+
+  /// Begins to hand the backend's live lines to `distributor`, on a thread of the connection's own, and tells it when
+  /// measurements start and stop. `distributor` must live until stopLiveLines().
+  virtual void startLiveLines(LiveDistributor& distributor) { static_cast<void>(distributor); }
+  /// Ends that: when it returns, no subscriber is being called and none will be.
+  virtual void stopLiveLines() {}
+  virtual LiveStatus liveStatus() const { return {}; }
 };
 
 }  // namespace korvex2

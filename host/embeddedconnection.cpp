@@ -4,8 +4,13 @@
 #include <QCoreApplication>
 #include <QDir>
 
+#include <utility>
+
 #include "bodydatabase.h"
 #include "interpreter.h"
+#include "livesource.h"
+#include "livestate.h"
+#include "trajectory.h"
 
 namespace korvex2 {
 
@@ -13,17 +18,37 @@ namespace {
 
 QString tr(const char* text) { return QCoreApplication::translate("EmbeddedConnection", text); }
 
+/// The motion of the shipped cup is a recorded one.
+Motion motionOf(const QString& trajectory, QStringList& problems) {
+  Motion motion;
+  if (!trajectory.isEmpty()) {
+    TrajectoryContent content = readTrajectory(trajectory);
+    if (content.trajectory) {
+      motion.setTrajectory({"standard", 1}, std::move(*content.trajectory));
+    } else {
+      problems += content.problem;
+    }
+  }
+  return motion;
+}
+
 }  // namespace
 
-EmbeddedConnection::EmbeddedConnection(const QString& folder, const QStringList& problems)
+EmbeddedConnection::EmbeddedConnection(const QString& folder, const QStringList& problems, const LiveOptions& live)
     : database_(openDatabase(folder)),
       interpreter_(std::make_unique<Interpreter>(*database_)),
-      problems_(problems + database_->problems()) {}
+      problems_(problems + database_->problems()),
+      live_(std::make_unique<LiveSource>(LiveLines(motionOf(live.trajectory, problems_)), live.rate)) {
+  live_->publish(liveStateOf(*interpreter_));
+}
 
 EmbeddedConnection::~EmbeddedConnection() = default;
 
 bool EmbeddedConnection::exchange(const QByteArray& line, QByteArray& answer) {
   answer = interpreter_->answer(line);
+  if (!line.startsWith("korvex2 get ")) {  // a query changes nothing
+    live_->publish(liveStateOf(*interpreter_));
+  }
   return true;
 }
 
@@ -39,5 +64,11 @@ QStringList EmbeddedConnection::details() const {
 }
 
 QStringList EmbeddedConnection::problems() const { return problems_; }
+
+void EmbeddedConnection::startLiveLines(LiveDistributor& distributor) { live_->start(distributor); }
+
+void EmbeddedConnection::stopLiveLines() { live_->stop(); }
+
+LiveStatus EmbeddedConnection::liveStatus() const { return {true, live_->isMeasuring(), live_->delivered()}; }
 
 }  // namespace korvex2

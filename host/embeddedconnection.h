@@ -12,13 +12,22 @@ namespace korvex2 {
 
 class BodyDatabase;
 class Interpreter;
+class LiveSource;
 
-/// Answers come at once, from the body database in a folder.
+/// How the simulated bodies move.
+struct LiveOptions {
+  int rate = 60;       ///< frames a second, 1 to 1,000
+  QString trajectory;  ///< file of a recorded motion for `standard b01`; empty: a built-in motion
+};
+
+/// Answers come at once, from the body database in a folder. Live lines follow the state that the last answered line
+/// left behind.
 class EmbeddedConnection : public BackendConnection {
  public:
   /// @param folder    the body database; what is missing or broken there is told by problems()
   /// @param problems  troubles met before, put in front of those of the database
-  EmbeddedConnection(const QString& folder, const QStringList& problems);
+  /// @param live      a recorded motion that cannot be used is told by problems(), and the built-in one serves
+  EmbeddedConnection(const QString& folder, const QStringList& problems, const LiveOptions& live = {});
   ~EmbeddedConnection() override;
 
   bool exchange(const QByteArray& line, QByteArray& answer) override;
@@ -26,14 +35,15 @@ class EmbeddedConnection : public BackendConnection {
   QString description() const override;
   QStringList details() const override;
   QStringList problems() const override;
-
-  BodyDatabase& database() { return *database_; }
-  Interpreter& interpreter() { return *interpreter_; }
+  void startLiveLines(LiveDistributor& distributor) override;
+  void stopLiveLines() override;
+  LiveStatus liveStatus() const override;
 
  private:
   std::unique_ptr<BodyDatabase> database_;
   std::unique_ptr<Interpreter> interpreter_;
   QStringList problems_;
+  std::unique_ptr<LiveSource> live_;  // knows copies of the backend's state only
 };
 
 }  // namespace korvex2

@@ -2,8 +2,10 @@
 #include "frontend.h"
 
 #include <QDir>
+#include <QStatusBar>
 
 #include "bodylisting.h"
+#include "livestatuslabel.h"
 #include "startpage.h"
 
 #ifndef KORVEX2_VERSION_MAJOR
@@ -40,6 +42,10 @@ Frontend::Frontend(std::unique_ptr<BackendConnection> connection, QObject* paren
   refresh_.setInterval(200);
   connect(&refresh_, &QTimer::timeout, this, &Frontend::refreshBodies);
   connect(window_.get(), &MainWindow::backendTouched, &refresh_, QOverload<>::of(&QTimer::start));
+
+  window_->statusBar()->addPermanentWidget(
+      new LiveStatusLabel([this] { return connection_->liveStatus(); }, window_->statusBar()));
+  connection_->startLiveLines(channel_->distributor());
 }
 
 Frontend::~Frontend() { shutdown(); }
@@ -53,6 +59,7 @@ void Frontend::loadModules(const std::vector<ModuleFolder>& folders) {
 
 void Frontend::shutdown() {
   refresh_.stop();
+  connection_->stopLiveLines();  // before the modules' subscribers go
   modules_->shutdown();
 }
 

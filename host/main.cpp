@@ -45,14 +45,26 @@ QString freshDemonstrationDatabase(const QString& demonstrationDir) {
   return folder.path();
 }
 
+LiveOptions liveOptions(const ProgramOptions& options, const QString& shipped) {
+  LiveOptions live;
+  live.rate = options.rate;
+  live.trajectory = options.trajectory;
+  if (live.trajectory.isEmpty() && !shipped.isEmpty()) {
+    live.trajectory = QDir(shipped).filePath(QStringLiteral("trajectories/handheld_xyz.tum"));
+  }
+  return live;
+}
+
 std::unique_ptr<BackendConnection> connectBackend(const ProgramOptions& options) {
+  const QString shipped = shippedDataFolder(QCoreApplication::applicationDirPath());
+  const LiveOptions live = liveOptions(options, shipped);
   if (!options.databaseDir.isEmpty()) {
-    return std::make_unique<EmbeddedConnection>(options.databaseDir, QStringList());
+    return std::make_unique<EmbeddedConnection>(options.databaseDir, QStringList(), live);
   }
   const QString folder =
       options.demonstrationDir.isEmpty() ? userDatabaseFolder() : freshDemonstrationDatabase(options.demonstrationDir);
-  const QString problem = prepareDatabaseFolder(folder, shippedDataFolder(QCoreApplication::applicationDirPath()));
-  return std::make_unique<EmbeddedConnection>(folder, problem.isEmpty() ? QStringList() : QStringList(problem));
+  const QString problem = prepareDatabaseFolder(folder, shipped);
+  return std::make_unique<EmbeddedConnection>(folder, problem.isEmpty() ? QStringList() : QStringList(problem), live);
 }
 
 }  // namespace

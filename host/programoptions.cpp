@@ -7,6 +7,8 @@
 
 #include <QCoreApplication>
 
+#include "livesource.h"
+
 namespace korvex2 {
 
 namespace {
@@ -20,15 +22,37 @@ QString tr(const char* text) { return QCoreApplication::translate("ProgramOption
   std::exit(EXIT_FAILURE);
 }
 
-QString folderValue(const QCommandLineParser& parser, const QCommandLineOption& option) {
+/// A folder, or a file; `what` says which.
+QString pathValue(const QCommandLineParser& parser, const QCommandLineOption& option, const QString& what) {
   if (!parser.isSet(option)) {
     return {};
   }
   const QString value = parser.value(option);
   if (value.isEmpty()) {
-    fail(tr("the option --%1 needs a folder").arg(option.names().constFirst()));
+    fail(tr("the option --%1 needs %2").arg(option.names().constFirst(), what));
   }
   return value;
+}
+
+QString folderValue(const QCommandLineParser& parser, const QCommandLineOption& option) {
+  return pathValue(parser, option, tr("a folder"));
+}
+
+int rateValue(const QCommandLineParser& parser, const QCommandLineOption& option) {
+  if (!parser.isSet(option)) {
+    return LiveSource::defaultRate;
+  }
+  const QString value = parser.value(option);
+  bool ok = false;
+  const int rate = value.toInt(&ok);
+  if (!ok || rate < LiveSource::lowestRate || rate > LiveSource::highestRate) {
+    fail(tr("the option --%1 needs a whole number from %2 to %3, not \"%4\"")
+             .arg(option.names().constFirst())
+             .arg(LiveSource::lowestRate)
+             .arg(LiveSource::highestRate)
+             .arg(value));
+  }
+  return rate;
 }
 
 }  // namespace
@@ -51,7 +75,17 @@ ProgramOptions parseProgramOptions(const QStringList& arguments) {
   const QCommandLineOption demonstration(QStringLiteral("demo"),
                                          tr("Show what the program does, write pictures into this folder, and end."),
                                          QStringLiteral("folder"));
-  parser.addOptions({pluginDir, database, list, demonstration});
+  const QCommandLineOption trajectory(QStringLiteral("trajectory"),
+                                      tr("Recorded motion of the first standard body: one pose a line, \"seconds x y z "
+                                         "qx qy qz qw\", in metres. Without it the one that comes with the program."),
+                                      QStringLiteral("file"));
+  const QCommandLineOption rate(QStringLiteral("rate"),
+                                tr("Frames of live tracking lines a second, %1 to %2; without it %3.")
+                                    .arg(LiveSource::lowestRate)
+                                    .arg(LiveSource::highestRate)
+                                    .arg(LiveSource::defaultRate),
+                                QStringLiteral("hertz"));
+  parser.addOptions({pluginDir, database, trajectory, rate, list, demonstration});
 
   if (!parser.parse(arguments)) {
     fail(parser.errorText());
@@ -70,6 +104,8 @@ ProgramOptions parseProgramOptions(const QStringList& arguments) {
   options.pluginDir = folderValue(parser, pluginDir);
   options.databaseDir = folderValue(parser, database);
   options.demonstrationDir = folderValue(parser, demonstration);
+  options.trajectory = pathValue(parser, trajectory, tr("a file"));
+  options.rate = rateValue(parser, rate);
   options.listModules = parser.isSet(list);
   return options;
 }

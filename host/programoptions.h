@@ -12,6 +12,8 @@ struct ProgramOptions {
   QString pluginDir;         ///< empty: the usual folders
   QString databaseDir;       ///< empty: the user's own
   QString demonstrationDir;  ///< empty: no demonstration
+  QString trajectory;        ///< empty: the recorded motion that comes with the program
+  int rate = 60;             ///< frames of live lines a second
   bool listModules = false;
 };
 
