@@ -10,7 +10,7 @@ class Requester {
   /// Slot 0. One live line. Called on the host's delivery thread, at any rate; must return quickly, must not throw.
   /// @param tag   record kind, for example "6d"; zero-terminated ASCII
   /// @param line  the whole line with its tag, zero-terminated ASCII; valid during the call only
-  /// @return 0 when the line was taken or was none of the receiver's business, -1 when it was malformed
+  /// @return 0; the host does not look at it
   virtual int set_ascii_data(const char* tag, const char* line) = 0;
   /// Slot 1. The backend's measurement started.
   virtual void set_mea_started() = 0;
