@@ -201,7 +201,7 @@ QString copyShippedDatabase(const QString& from, const QString& to) {
     if (!content.problem.isEmpty()) {
       return content.problem;
     }
-    const QString problem = writeWholeFile(target.filePath(file), content.bytes);
+    QString problem = writeWholeFile(target.filePath(file), content.bytes);
     if (!problem.isEmpty()) {
       return problem;
     }

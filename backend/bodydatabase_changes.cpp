@@ -119,7 +119,7 @@ Outcome BodyDatabase::commit(const QJsonObject& catalogue) {
   if (!readOnly_.isEmpty()) {
     return written(readOnly_);
   }
-  const Outcome outcome = written(writeWholeFile(cataloguePath(), catalogueBytes(catalogue)));
+  Outcome outcome = written(writeWholeFile(cataloguePath(), catalogueBytes(catalogue)));
   if (outcome) {
     catalogue_ = catalogue;
   }
@@ -136,14 +136,14 @@ Outcome BodyDatabase::store(const Body& before, Body& after) {
   if (newGeometry) {
     QDir(folder_).mkpath(QStringLiteral("bodies"));
     after.file = newFileName(after.key, before.file);
-    const Outcome outcome = written(writeWholeFile(bodyPath(after.file), bodyFileBytes(geometryOf(after))));
+    Outcome outcome = written(writeWholeFile(bodyPath(after.file), bodyFileBytes(geometryOf(after))));
     if (!outcome) {
       return outcome;
     }
   }
   QJsonObject catalogue = catalogue_;
   writeBody(catalogue, after);
-  const Outcome committed = commit(catalogue);
+  Outcome committed = commit(catalogue);
   if (!committed && newGeometry) {
     QFile::remove(bodyPath(after.file));
   }
@@ -163,11 +163,11 @@ Outcome BodyDatabase::changeBody(const BodyKey& key, const Edit& edit) {
                            QStringLiteral("the body could not be read and cannot be changed"));
   }
   Body changed = *body;
-  const Outcome edited = edit(changed);
+  Outcome edited = edit(changed);
   if (!edited || isSame(*body, changed)) {
     return edited;
   }
-  const Outcome stored = store(*body, changed);
+  Outcome stored = store(*body, changed);
   if (!stored) {
     return stored;
   }
@@ -181,7 +181,7 @@ Outcome BodyDatabase::changeBody(const BodyKey& key, const Edit& edit) {
 
 Outcome BodyDatabase::changeMarker(const BodyKey& key, int marker, const std::function<void(BodyMarker&)>& edit) {
   return changeBody(key, [&](Body& body) {
-    const Outcome exists = checkMarkerNumber(body, marker);
+    Outcome exists = checkMarkerNumber(body, marker);
     if (exists) {
       edit(body.markers[static_cast<std::size_t>(marker - 1)]);
     }
@@ -218,7 +218,7 @@ Outcome BodyDatabase::transform(const BodyKey& key, const RigidTransform& transf
 
 Outcome BodyDatabase::deleteMarker(const BodyKey& key, int marker) {
   return changeBody(key, [&](Body& body) {
-    const Outcome exists = checkMarkerNumber(body, marker);
+    Outcome exists = checkMarkerNumber(body, marker);
     if (!exists) {
       return exists;
     }
@@ -303,7 +303,7 @@ Outcome BodyDatabase::setSettings(const BackendSettings& settings) {
   }
   QJsonObject catalogue = catalogue_;
   writeSettings(catalogue, settings_, settings);
-  const Outcome committed = commit(catalogue);
+  Outcome committed = commit(catalogue);
   if (committed) {
     settings_ = settings;
   }

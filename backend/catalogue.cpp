@@ -72,7 +72,7 @@ class CatalogueReader {
   CatalogueReader(const QByteArray& bytes, const QString& name) : bytes_(bytes), name_(name) {}
 
   Catalogue read() {
-    QJsonParseError error;
+    QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(bytes_, &error);
     if (document.isNull() || !document.isObject()) {
       const bool isJson = error.error == QJsonParseError::NoError;

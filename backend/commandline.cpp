@@ -60,7 +60,7 @@ CommandLine splitCommandLine(const QByteArray& line) {
     Field field;
     if (line[position] == '"') {
       const int close = line.indexOf('"', position + 1);
-      if (close < 0 || close >= end) {
+      if (close < 0) {
         return refused("a double quote is not closed");
       }
       field = {line.mid(position + 1, close - position - 1), true};

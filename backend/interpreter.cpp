@@ -37,7 +37,7 @@ Outcome Interpreter::startMeasurement() {
 }
 
 Outcome Interpreter::setTrackingAvailable(bool available) {
-  const Outcome outcome = database_.setTrackingAvailable(available);
+  Outcome outcome = database_.setTrackingAvailable(available);
   if (outcome && !available) {
     stopMeasurement();  // and it does not come back by itself
   }

@@ -17,7 +17,7 @@ namespace korvex2 {
 
 namespace {
 
-const qint64 largestFile = 4 * 1024 * 1024;
+const qint64 largestFile = qint64(4) * 1024 * 1024;
 
 QString reading(const QString& path, const QString& reason) {
   return QStringLiteral("%1, line 1: %2").arg(QDir::toNativeSeparators(path), reason);
@@ -65,14 +65,16 @@ FileContent readWholeFile(const QString& path) {
 QString writeWholeFile(const QString& path, const QByteArray& bytes) {
   QSaveFile file(path);
   // Unbuffered, because commit() does not notice when emptying a buffer fails and would put a cut-off file in place.
-  QString reason;
-  if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-    reason = file.errorString();
-  } else if (file.write(bytes) != bytes.size() || !sync(file.handle())) {
+  bool complete = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+  QString reason = file.errorString();
+  if (complete && (file.write(bytes) != bytes.size() || !sync(file.handle()))) {
+    complete = false;
     reason = QStringLiteral("the disk did not take all of it");
-  } else if (!file.commit()) {
+  } else if (complete) {
+    complete = file.commit();
     reason = file.errorString();
-  } else {
+  }
+  if (complete) {
     syncFolder(QFileInfo(path).absolutePath());
     return QString();
   }

@@ -1,6 +1,7 @@
 // What was acknowledged is on disk; what could not be written was not acknowledged and did not happen.
 #include <gtest/gtest.h>
 
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -253,6 +254,16 @@ TEST_F(Persistence, SecondProgramReadsOnly) {
   EXPECT_FALSE(second->settings().multiuser);
   EXPECT_EQ(files, allFiles(folder()));
   EXPECT_EQ("korvex2 ok", ask("korvex2 set wandgrip multiuser yes"));  // the first one may still write
+}
+
+TEST_F(Persistence, ProgramThatRunsForWeeksKeepsItsLock) {
+  QFile lock(path("catalogue.json.lock"));
+  ASSERT_TRUE(lock.open(QIODevice::ReadWrite));
+  ASSERT_TRUE(lock.setFileTime(QDateTime::currentDateTime().addDays(-30), QFileDevice::FileModificationTime));
+  lock.close();
+  const auto second = korvex2::openDatabase(folder());
+  EXPECT_EQ(1, second->problems().size());
+  EXPECT_EQ(korvex2::ErrorNumber::NotSaved, second->setMultiuser(true).number);
 }
 
 TEST_F(Persistence, LockOfAProgramThatIsGoneDoesNotMatter) {
