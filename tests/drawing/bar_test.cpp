@@ -72,23 +72,28 @@ TEST_F(Bar, IsClosedBySixFaces) {
 }
 
 TEST_F(Bar, FacesTheLightWithEachOfItsSides) {
-  // One light from +z (direction in eye coordinates), diffuse only, on a white bar along x: the side towards +z has the
-  // normal a = +z, so it is lit, and none of the others is.
-  const auto drawn = probe.record([] {
-    const float fromFront[] = {0.0f, 0.0f, 1.0f, 0.0f};
-    const float none[] = {0.0f, 0.0f, 0.0f, 1.0f};
-    glLightfv(GL_LIGHT0, GL_POSITION, fromFront);
-    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, none);
-    glEnable(GL_LIGHT0);
-    glEnable(GL_LIGHTING);
-    glColor3d(1.0, 1.0, 1.0);
-    drawRectangle(bsVector(-10, 0, 0), bsVector(10, 0, 0), 2.0);
-  });
-  for (const GlProbe::Primitive& face : drawn) {
-    const bool front = std::all_of(face.vertices.begin(), face.vertices.end(),
-                                   [](const GlProbe::Vertex& v) { return v.position.z > 0.5; });
-    for (const GlProbe::Vertex& vertex : face.vertices) {
-      EXPECT_NEAR(vertex.red, front ? 1.0 : 0.0, 1e-3);  // the half width of 1 makes the normal a unit vector
+  // One distant light, diffuse only, on a white bar along x whose half width of 1 makes the normals unit vectors: lit
+  // is the face towards the light, and no other.
+  for (const bsVector& light : {bsVector(1, 0, 0), bsVector(-1, 0, 0), bsVector(0, 1, 0), bsVector(0, -1, 0),
+                                bsVector(0, 0, 1), bsVector(0, 0, -1)}) {
+    const auto drawn = probe.record([&light] {
+      const float direction[] = {static_cast<float>(light.x), static_cast<float>(light.y), static_cast<float>(light.z),
+                                 0.0f};
+      const float none[] = {0.0f, 0.0f, 0.0f, 1.0f};
+      glLightfv(GL_LIGHT0, GL_POSITION, direction);
+      glLightModelfv(GL_LIGHT_MODEL_AMBIENT, none);
+      glEnable(GL_LIGHT0);
+      glEnable(GL_LIGHTING);
+      glColor3d(1.0, 1.0, 1.0);
+      drawRectangle(bsVector(-10, 0, 0), bsVector(10, 0, 0), 2.0);
+    });
+    for (const GlProbe::Primitive& face : drawn) {
+      const bool towardsLight =
+          std::all_of(face.vertices.begin(), face.vertices.end(),
+                      [&light](const GlProbe::Vertex& v) { return bsVector::dotProduct(v.position, light) > 0.5; });
+      for (const GlProbe::Vertex& vertex : face.vertices) {
+        EXPECT_NEAR(vertex.red, towardsLight ? 1.0 : 0.0, 1e-3);  // half a step of an 8-bit colour is 2e-3
+      }
     }
   }
 }
