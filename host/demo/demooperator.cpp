@@ -124,27 +124,66 @@ void DemoOperator::type(const QString& group, int axis, const QString& number) {
     complain(QStringLiteral("%1 has no field %2").arg(group).arg(axis));
     return;
   }
-  auto* text = fields[axis]->findChild<QLineEdit*>();
+  typeInto(fields[axis], number);
+}
+
+void DemoOperator::typeNumber(const QString& field, const QString& number) {
+  if (auto* entry = find<QDoubleSpinBox>(field)) {
+    typeInto(entry, number);
+  }
+}
+
+void DemoOperator::typeInto(QDoubleSpinBox* field, const QString& number) {
+  auto* text = field->findChild<QLineEdit*>();
   QTest::mouseClick(text, Qt::LeftButton);
   QTest::keyClick(text, Qt::Key_A, Qt::ControlModifier);
-  QTest::keyClicks(text, QString(number).replace(QLatin1Char('.'), fields[axis]->locale().decimalPoint()));
+  QTest::keyClicks(text, QString(number).replace(QLatin1Char('.'), field->locale().decimalPoint()));
   QTest::keyClick(text, Qt::Key_Return);
   wait(settleMs);
 }
 
-void DemoOperator::moveCameraBack(int millimetres) {
+QWidget* DemoOperator::view() {
   auto* pages = find<QStackedWidget>(QStringLiteral("stackedWidget"));
-  if (pages == nullptr) {
+  return pages != nullptr ? pages->currentWidget() : nullptr;
+}
+
+QSizeF DemoOperator::viewSize() {
+  const QWidget* widget = view();
+  return widget != nullptr ? QSizeF(widget->size()) : QSizeF(1.0, 1.0);
+}
+
+bool DemoOperator::viewShows(const QPoint& place, const QColor& colour) {
+  QWidget* widget = view();
+  if (widget == nullptr || !widget->rect().contains(place)) {
+    return false;
+  }
+  constexpr int beside = 6;  // pixels: the view may be a frame older than the line
+  const QPoint corner = widget->mapToGlobal(place) - QPoint(beside, beside);
+  const QImage seen =
+      QApplication::primaryScreen()->grabWindow(0, corner.x(), corner.y(), 2 * beside + 1, 2 * beside + 1).toImage();
+  for (int y = 0; y < seen.height(); ++y) {
+    for (int x = 0; x < seen.width(); ++x) {
+      const QColor pixel = seen.pixelColor(x, y);
+      if (pixel.value() > 40 && pixel.saturation() > 200 && std::abs(pixel.hue() - colour.hue()) < 12) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+void DemoOperator::moveCameraBack(int millimetres) {
+  QWidget* canvas = view();
+  if (canvas == nullptr) {
     return;
   }
-  QWidget* view = pages->currentWidget();
   for (int left = millimetres; left > 0; left -= dragStep) {  // a pixel up is a millimetre away
-    const QPoint start(view->width() / 2, view->height() / 2 + dragStep);
+    const QPoint start(canvas->width() / 2, canvas->height() / 2 + dragStep);
     const QPoint end = start - QPoint(0, qMin(left, dragStep));
-    QTest::mousePress(view, Qt::LeftButton, Qt::ShiftModifier, start);
-    QMouseEvent move(QEvent::MouseMove, end, view->mapToGlobal(end), Qt::NoButton, Qt::LeftButton, Qt::ShiftModifier);
-    QApplication::sendEvent(view, &move);
-    QTest::mouseRelease(view, Qt::LeftButton, Qt::ShiftModifier, end);
+    QTest::mousePress(canvas, Qt::LeftButton, Qt::ShiftModifier, start);
+    QMouseEvent move(QEvent::MouseMove, end, canvas->mapToGlobal(end), Qt::NoButton, Qt::LeftButton, Qt::ShiftModifier);
+    QApplication::sendEvent(canvas, &move);
+    QTest::mouseRelease(canvas, Qt::LeftButton, Qt::ShiftModifier, end);
   }
   cameraDistance_ += millimetres;
   wait(settleMs);
@@ -156,23 +195,22 @@ void DemoOperator::resetCamera() {
 }
 
 void DemoOperator::clickMarker(const Point& position, const Point& centre) {
-  auto* pages = find<QStackedWidget>(QStringLiteral("stackedWidget"));
-  if (pages == nullptr) {
+  QWidget* canvas = view();
+  if (canvas == nullptr) {
     return;
   }
-  QWidget* view = pages->currentWidget();
-  const QPoint place = projected(position, centre, cameraDistance_, view->size()).toPoint();
-  if (!view->rect().contains(place)) {
+  const QPoint place = projected(position, centre, cameraDistance_, canvas->size()).toPoint();
+  if (!canvas->rect().contains(place)) {
     complain(QStringLiteral("a marker to click lies outside of the view"));
     return;
   }
-  QTest::mouseClick(view, Qt::LeftButton, Qt::NoModifier, place);
+  QTest::mouseClick(canvas, Qt::LeftButton, Qt::NoModifier, place);
   wait(settleMs);
 }
 
 void DemoOperator::clickEmptySpace() {
-  if (auto* pages = find<QStackedWidget>(QStringLiteral("stackedWidget"))) {
-    QTest::mouseClick(pages->currentWidget(), Qt::LeftButton, Qt::NoModifier, QPoint(3, 3));
+  if (QWidget* canvas = view()) {
+    QTest::mouseClick(canvas, Qt::LeftButton, Qt::NoModifier, QPoint(3, 3));
     wait(settleMs);
   }
 }

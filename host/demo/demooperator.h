@@ -2,15 +2,19 @@
 #ifndef KORVEX2_HOST_DEMO_DEMOOPERATOR_H
 #define KORVEX2_HOST_DEMO_DEMOOPERATOR_H
 
+#include <QPoint>
 #include <QPointer>
+#include <QSizeF>
 #include <QString>
 #include <QStringList>
+#include <QWidget>
 
 #include <functional>
 
 #include "plainframe.h"
 
-class QWidget;
+class QColor;
+class QDoubleSpinBox;
 
 namespace korvex2 {
 
@@ -38,6 +42,8 @@ class DemoOperator {
   void showPage(int page);
   /// Types a number into the field of axis 0, 1 or 2 of an entry group and ends the entry with the Return key.
   void type(const QString& group, int axis, const QString& number);
+  /// Types a number into a field of its own and ends the entry with the Return key.
+  void typeNumber(const QString& field, const QString& number);
   /// Drags with Shift and the left button: the camera moves `millimetres` further away.
   void moveCameraBack(int millimetres);
   void resetCamera();
@@ -45,9 +51,14 @@ class DemoOperator {
   void clickMarker(const Point& position, const Point& centre);
   void clickEmptySpace();
   bool isEnabled(const QString& control);
+  QSizeF viewSize();
+  /// Whether the view shows this colour, however it is lit, at or right beside a place in it.
+  bool viewShows(const QPoint& place, const QColor& colour);
   void wait(int milliseconds);
 
  private:
+  void typeInto(QDoubleSpinBox* field, const QString& number);
+  QWidget* view();
   template <class Widget>
   Widget* find(const QString& name);
 
