@@ -48,6 +48,7 @@ with_display() {
   if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
     "$@"
   else
-    xvfb-run -a -s "-screen 0 1280x1024x24" "$@"
+    # Without -noreset the server starts anew whenever its last client leaves, and refuses whoever comes just then.
+    xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" "$@"
   fi
 }

@@ -156,6 +156,11 @@ class SlotHost {
   }
 };
 
+}  // namespace
+
+// Not in the unnamed namespace: the optimiser would know that nothing derives from these, and call nothing.
+namespace contract {
+
 // The module as the host sees it: slots in this order.
 class ModuleView {
  public:
@@ -183,6 +188,13 @@ class ReceiverView {
  protected:
   ~ReceiverView() = default;
 };
+
+}  // namespace contract
+
+namespace {
+
+using contract::ModuleView;
+using contract::ReceiverView;
 
 constexpr const char* identifier = "org.bodyadjust.korvex2.gui.Module/0.2.0";
 
