@@ -1,6 +1,7 @@
 // Construction of the adjustment dialog: form, canvas, tables, menus and everything that is wired to them.
 #include "bodyadjustmentdialog.h"
 
+#include <QLayout>
 #include <QMenu>
 #include <QTimer>
 
@@ -77,6 +78,7 @@ void BodyAdjustmentDialog::init_widgets() {
   ui_->stackedWidget->insertWidget(0, canvas_);
   ui_->stackedWidget->insertWidget(1, tables_);
   ui_->stackedWidget->setCurrentIndex(0);
+  setTabOrder(ui_->body_name, canvas_);
   init_special_pictures();
 
   ui_->set_origin_button->setEnabled(false);
@@ -108,6 +110,7 @@ void BodyAdjustmentDialog::init_widgets() {
 void BodyAdjustmentDialog::init_glcanvas() {
   canvas_ = new GLCanvas(this);
   canvas_->setObjectName(QStringLiteral("canvas"));
+  canvas_->setAccessibleName(tr("Graphic view"));
   canvas_->setWhatsThis(ui_->page_1->whatsThis());
   canvas_->setModificationMode(ABC_MODIFY_BODY);
   saved_view_ = canvas_->get_view();
@@ -118,6 +121,7 @@ void BodyAdjustmentDialog::init_glcanvas() {
 void BodyAdjustmentDialog::init_body_table02() {
   tables_ = new BodyTable(this);
   tables_->setObjectName(QStringLiteral("tables"));
+  tables_->layout()->setContentsMargins(0, 0, 0, 0);  // flush with the canvas that they take the place of
   tables_->setWhatsThis(ui_->page_2->whatsThis());
   table_menu_ = new QMenu(this);
   QAction* graphicView = table_menu_->addAction(tr("Graphic view"));

@@ -42,6 +42,9 @@ void BodyAdjustmentDialog::update_current_body(int index, bool show_msg) {
       after_failed_fetch(previous);
       return;
     }
+    if (!chosen_.isSame(previous)) {
+      ui_->body_icon->clear();  // what it says of the previous body is not true of this one
+    }
     const bool locked = config_locked_ || chosen_.hasCylinder();
     const bool loaded = load_geometry(std::move(fetched));
     lock_dialog(locked, false);
