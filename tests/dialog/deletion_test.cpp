@@ -291,6 +291,21 @@ TEST_F(Deletion, RedoNeverDeletesASecondMarker) {
   });
 }
 
+TEST_F(Deletion, CanBeUndoneAndRedoneAgainAndAgain) {
+  const std::vector<Point> before = cup().markers;
+  run([&] {
+    choose(cupRow);
+    deleteMarker(2);
+    for (std::size_t round = 1; round <= 3; ++round) {
+      click("undo_button");
+      expectPoints(cup().markers, before);
+      click("redo_button");
+      expectPoints(cup().markers, without(before, 2));
+      EXPECT_EQ(deletions(), round + 1);
+    }
+  });
+}
+
 TEST_F(Deletion, RedoAfterAnEditDoesNotDelete) {
   run([&] {
     choose(cupRow);
@@ -485,6 +500,23 @@ TEST_F(Deletion, IsNotPossibleInALockedConfiguration) {
     choose(cupRow);
     select({2});
     EXPECT_FALSE(find("pushButton_deleteMarker")->isEnabled()) << "its page is disabled";
+    canvas().setFocus();
+    press(Qt::Key_Delete);  // would ask if it were possible
+    EXPECT_EQ(deletions(), 0U);
+  });
+}
+
+TEST_F(Deletion, IsNotPossibleForABodyWithACylinder) {
+  ScriptedBody& tube = backend.body("standard", 4);
+  tube.markers.push_back({20, 21, 22});
+  tube.emissions.resize(5);
+  run([&] {
+    choose(tubeRow);
+    select({2});
+    EXPECT_FALSE(find("pushButton_deleteMarker")->isEnabled()) << "its page is disabled";
+    canvas().setFocus();
+    press(Qt::Key_Delete);
+    EXPECT_EQ(deletions(), 0U);
   });
 }
 

@@ -172,8 +172,32 @@ TEST_F(Online, WithHeadModeShiftsTheIdsOfBodies) {
     click("online_checkbox");
     live(bodyLine(0));
     EXPECT_NE(stateIcon(), scaledIcon(":/green.png"));
+    EXPECT_FALSE(seen());
     live(bodyLine(1));
     EXPECT_EQ(stateIcon(), scaledIcon(":/green.png"));
+    EXPECT_TRUE(seen());
+    choose(penRow);  // devices keep theirs
+    live(newDeviceLine(0));
+    EXPECT_TRUE(seen());
+  });
+}
+
+TEST_F(Online, RoomButtonsWaitForALineAboutTheBodyThatIsShown) {
+  run([&] {
+    for (const int next : {stickRow, penRow, handRow, -1}) {
+      SCOPED_TRACE(next);
+      choose(cupRow);
+      if (!canvas().isOnline()) {
+        click("online_checkbox");
+      }
+      emit dialog->set_chosen_body_tracked(true);
+      EXPECT_THAT(disabledOf(roomControls), IsEmpty());
+      choose(next);
+      EXPECT_EQ(disabledOf(roomControls).size(), 3U);
+    }
+    choose(penRow);
+    emit dialog->set_chosen_body_tracked(true);
+    EXPECT_THAT(disabledOf(roomControls), IsEmpty());
   });
 }
 
@@ -301,6 +325,17 @@ TEST_F(Online, AnUnknownTypeIsToldOnce) {
     EXPECT_EQ(watch.boxes()[0].icon, QMessageBox::Information);
     EXPECT_EQ(watch.boxes()[0].buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
   });
+}
+
+TEST_F(Online, NoBodyIsNoKnownTypeEither) {
+  make();
+  find<QAbstractButton>("online_checkbox")->setChecked(true);
+  dialog->on_online_checkbox_clicked();
+  watch.expectBox("[Korvexlib] Error", "Unknown body type.\nGoing offline...", QMessageBox::Ok);
+  dialog->update_track();
+  dialog->update_track();
+  EXPECT_EQ(watch.boxes().size(), 1U);
+  EXPECT_FALSE(canvas().isTrackedBodySeen());
 }
 
 TEST_F(Online, BrokenLinesDoNoHarm) {

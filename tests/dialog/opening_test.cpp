@@ -429,6 +429,16 @@ TEST_F(Opening, TheHostsShutdownEndsMessagesAndRefreshing) {
   });
 }
 
+TEST_F(Opening, ADialogThatIsDestroyedWhileOpenLeavesNoSubscriptionBehind) {
+  make();
+  dialog->show();
+  EXPECT_EQ(backend.io.requesters.size(), 2U);
+  EXPECT_TRUE(backend.measuring);
+  dialog.reset();
+  EXPECT_TRUE(backend.io.requesters.empty());
+  EXPECT_FALSE(backend.measuring);
+}
+
 TEST_F(Opening, TheReceiverIsRegisteredBeforeAnythingElseIsDone) {
   dialog = std::make_unique<BodyAdjustmentDialog>(&backend.io, nullptr, &backend.versions);
   EXPECT_THAT(heard(), ElementsAre("register_message_receiver BodyAdjustmentModule"));

@@ -129,4 +129,34 @@ TEST_F(Pointing, BodiesArePickedFromTheOpenListWithTheMouse) {
   });
 }
 
+TEST_F(Pointing, EveryDisplayEntryChangesThePictureAndBack) {
+  backend.body("wandgrip", 1).markers[4] = {90, 90, -20};  // or it hides the centre of gravity
+  run([&] {
+    choose(penRow);
+    canvas().setViewOrientation(bsQuaternion(35.0, bsVector(1, 1, 0)).toMatrix());
+    const auto picture = [&] {
+      canvas().updateGL();
+      return canvas().grabFrameBuffer();
+    };
+    const QImage before = picture();
+    for (const char* const entry : {"Small markers", "Colored markers", "Emissions", "Long axes", "Show COG",
+                                    "Show XY plane", "Show YZ plane", "Show XZ plane"}) {
+      menuEntry(entry)->trigger();
+      EXPECT_NE(picture(), before) << entry;
+      menuEntry(entry)->trigger();
+      EXPECT_EQ(picture(), before) << entry;
+    }
+    click("online_checkbox");
+    const std::string line = "6dw2 1 1 [0 1.000 0 0][10 20 30][0 1 0 -1 0 0 0 0 1][0]";
+    dialog->set_ascii_data("6dw2", line.c_str());
+    dialog->update_track();
+    ASSERT_TRUE(canvas().isTrackedBodySeen());
+    const QImage online = picture();
+    menuEntry("Show room orientation")->trigger();
+    EXPECT_NE(picture(), online);
+    menuEntry("Show room orientation")->trigger();
+    EXPECT_EQ(picture(), online);
+  });
+}
+
 }  // namespace

@@ -320,7 +320,11 @@ TEST_F(Wiring, BodyEntriesChangeTheBodyAndAreRelative) {
     EXPECT_THAT(values("body_pos_xyzWidget"), ElementsAre(0, 0, 0));
     EXPECT_NEAR(canvas().give_data().at(0).x, 0.0, 1e-9);
 
+    find("redo_button")->setEnabled(true);
+    find("undo_button")->setEnabled(false);
     group("body_ori_xyzWidget").setValues(0, 0, 90);
+    EXPECT_TRUE(enabled("undo_button"));
+    EXPECT_FALSE(enabled("redo_button"));
     EXPECT_NEAR(canvas().give_immediate_data().at(0).x, 20.0, 1e-9);
     emit group("body_ori_xyzWidget").xyzEditingFinished();
     EXPECT_EQ(stored.count(), 2);
@@ -364,6 +368,9 @@ TEST_F(Wiring, TheTimerRepaintsAndFollows) {
     auto* const timer = dialog->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
     QSignalSpy ticks(timer, &QTimer::timeout);
     EXPECT_TRUE(QTest::qWaitFor([&] { return ticks.count() >= 2; }, 2000));
+    // A connection that can be taken away was there.
+    EXPECT_TRUE(QObject::disconnect(timer, SIGNAL(timeout()), &canvas(), SLOT(updateGL())));
+    EXPECT_TRUE(QObject::disconnect(timer, SIGNAL(timeout()), dialog.get(), SLOT(update_track())));
   });
 }
 
