@@ -47,26 +47,15 @@ void removeMarker(Body& body, int index) {
   }
 }
 
-BodyGeometry geometryOf(const Body& body) {
-  BodyGeometry geometry;
-  for (const BodyMarker& marker : body.markers) {
-    geometry.positions.push_back(marker.position);
-  }
-  geometry.lines = body.lines;
-  geometry.text = body.text;
-  geometry.rest = body.rest;
-  return geometry;
-}
-
 bool hasSameGeometry(const Body& a, const Body& b) {
   const auto samePosition = [](const BodyMarker& m, const BodyMarker& n) { return m.position == n.position; };
-  return a.lines == b.lines &&
+  return a.lines == b.lines && a.text == b.text && a.rest == b.rest &&
          std::equal(a.markers.begin(), a.markers.end(), b.markers.begin(), b.markers.end(), samePosition);
 }
 
 bool isSame(const Body& a, const Body& b) {
   return a.description == b.description && a.targetType == b.targetType && a.calibrated == b.calibrated &&
-         a.markers == b.markers && a.lines == b.lines && a.transform == b.transform;
+         a.markers == b.markers && a.transform == b.transform && hasSameGeometry(a, b);
 }
 
 Outcome written(const QString& problem) {
@@ -242,6 +231,29 @@ Outcome BodyDatabase::setNumberOfMarkers(const BodyKey& key, int count) {
       removeMarker(body, static_cast<int>(body.markers.size()) - 1);
     }
     body.markers.resize(static_cast<std::size_t>(count));
+    return Outcome::done();
+  });
+}
+
+Outcome BodyDatabase::setGeometry(const BodyKey& key, const BodyGeometry& geometry) {
+  if (!std::all_of(geometry.positions.begin(), geometry.positions.end(), areCoordinates)) {
+    return badValue(QStringLiteral("a marker is out of range"));
+  }
+  // What will be stored must be what the next start reads.
+  const BodyFileContent stored = parseBodyFile(bodyFileBytes(geometry), fewestMarkers);
+  if (!stored.problem.isEmpty()) {
+    return badValue(stored.problem);
+  }
+  return changeBody(key, [&stored](Body& body) {
+    body.markers.clear();
+    for (const Vector3& position : stored.geometry.positions) {
+      body.markers.push_back({position, MarkerEmission()});
+    }
+    body.lines = stored.geometry.lines;
+    body.text = stored.geometry.text;
+    body.rest = stored.geometry.rest;
+    body.transform = RigidTransform();
+    body.calibrated = true;
     return Outcome::done();
   });
 }

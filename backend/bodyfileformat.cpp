@@ -12,15 +12,19 @@ namespace korvex2 {
 
 namespace {
 
-const char linesHeader[] = "# Lines";
+// Whether a line of free text, without its line end, announces the drawn lines.
+bool isLinesHeader(const char* begin, const char* end) {
+  const auto line = QByteArray::fromRawData(begin, static_cast<int>(end - begin));
+  return line == "# Lines" || line == "# Lines\r";
+}
 
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // Reads a body file from front to back; `problem` stops it.
 class Reader {
  public:
-  explicit Reader(const QByteArray& bytes)
-      : begin_(bytes.constData()), position_(begin_), end_(begin_ + bytes.size()) {}
+  Reader(const QByteArray& bytes, int fewestMarkers)
+      : begin_(bytes.constData()), position_(begin_), end_(begin_ + bytes.size()), fewestMarkers_(fewestMarkers) {}
 
   BodyFileContent read() {
     if (readMarkers()) {
@@ -58,7 +62,17 @@ class Reader {
     if (!count) {
       return fail(QStringLiteral("the number of markers is expected, %1").arg(here()));
     }
-    if (*count < 0 || *count == 1 || *count > BodyDatabase::mostMarkers) {
+    if (*count > BodyDatabase::mostMarkers) {
+      return fail(QStringLiteral("%1 is no possible number of markers, a body has at most %2")
+                      .arg(*count)
+                      .arg(BodyDatabase::mostMarkers));
+    }
+    if (*count >= 0 && *count < fewestMarkers_) {
+      return fail(QStringLiteral("%1 is too small a number of markers, a body has at least %2")
+                      .arg(*count)
+                      .arg(fewestMarkers_));
+    }
+    if (*count < 0 || *count == 1) {
       return fail(QStringLiteral("%1 is no possible number of markers").arg(*count));
     }
     for (int marker = 1; marker <= *count; ++marker) {
@@ -88,7 +102,7 @@ class Reader {
     const char* const start = position_;
     while (position_ != end_) {
       const char* const lineEnd = std::find(position_, end_, '\n');
-      const bool isHeader = QByteArray::fromRawData(position_, static_cast<int>(lineEnd - position_)) == linesHeader;
+      const bool isHeader = isLinesHeader(position_, lineEnd);
       position_ = lineEnd == end_ ? end_ : lineEnd + 1;
       if (isHeader) {
         text.append(start, static_cast<int>(position_ - start));
@@ -130,12 +144,26 @@ class Reader {
   const char* begin_;
   const char* position_;
   const char* end_;
+  const int fewestMarkers_;
   BodyFileContent content_;
 };
 
 }  // namespace
 
-BodyFileContent parseBodyFile(const QByteArray& bytes) { return Reader(bytes).read(); }
+BodyFileContent parseBodyFile(const QByteArray& bytes, int fewestMarkers) {
+  return Reader(bytes, fewestMarkers).read();
+}
+
+BodyGeometry geometryOf(const Body& body) {
+  BodyGeometry geometry;
+  for (const BodyMarker& marker : body.markers) {
+    geometry.positions.push_back(marker.position);
+  }
+  geometry.lines = body.lines;
+  geometry.text = body.text;
+  geometry.rest = body.rest;
+  return geometry;
+}
 
 QByteArray bodyFileBytes(const BodyGeometry& geometry) {
   QByteArray bytes = QByteArray::number(static_cast<int>(geometry.positions.size()));

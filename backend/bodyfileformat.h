@@ -20,17 +20,21 @@ struct BodyFileContent {
 ///
 ///   n                      number of markers
 ///   x y z                  n times, millimetres, separated by any white space
-///   ...                    free text up to and including the line "# Lines", exactly so; both may be missing
+///   ...                    free text up to and including the line "# Lines", exactly so but for a carriage return in
+///                          files from other systems; both may be missing
 ///   m                      number of lines
 ///   a b                    m times: marker indices from 0
 ///
 /// Numbers are taken as a stream extraction takes them. Refused are a marker count of 1 (most likely no body file) or
 /// above BodyDatabase::mostMarkers, coordinates beyond BodyDatabase::largestCoordinate, and lines that do not join two
-/// different markers of the body.
-BodyFileContent parseBodyFile(const QByteArray& bytes);
+/// different markers of the body. Refused are also, by their own message, fewer markers than `fewestMarkers`.
+BodyFileContent parseBodyFile(const QByteArray& bytes, int fewestMarkers = 0);
 
 /// Bytes of a body file; every coordinate is read back as the same double.
 QByteArray bodyFileBytes(const BodyGeometry& geometry);
+
+/// What a body file of this body holds: markers in the body's current coordinates, lines and free text.
+BodyGeometry geometryOf(const Body& body);
 
 }  // namespace korvex2
 

@@ -10,6 +10,7 @@
 
 namespace korvex2 {
 
+class BodyFileStore;
 class LiveDistributor;
 
 /// Software version of a backend. A revision of -1 means that the backend does not tell it.
@@ -53,6 +54,9 @@ class BackendConnection {
   /// Ends that: when it returns, no subscriber is being called and none will be.
   virtual void stopLiveLines() {}
   virtual LiveStatus liveStatus() const { return {}; }
+
+  /// Body files in and out of the backend's database; null when the database is out of reach. Stays the connection's.
+  virtual BodyFileStore* bodyFiles() { return nullptr; }
 };
 
 }  // namespace korvex2

@@ -36,6 +36,12 @@ QByteArray twoDigits(int number) { return QByteArray::number(number).rightJustif
 
 }  // namespace
 
+QString BodySummary::title() const {
+  const QString place = QStringLiteral("%1 %2").arg(typeDescription.isEmpty() ? type : typeDescription,
+                                                    QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')));
+  return description.isEmpty() ? place : QStringLiteral("%1 (%2)").arg(description, place);
+}
+
 std::vector<BodySummary> listBodies(BackendConnection& connection) {
   std::vector<BodySummary> bodies;
   const int types = askCount(connection, "body number_of_types", mostTypes).value_or(0);

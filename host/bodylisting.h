@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include "bodyfilestore.h"
+
 namespace korvex2 {
 
 class BackendConnection;
@@ -18,6 +20,10 @@ struct BodySummary {
   QString description;      ///< without quotes, may be empty
   int markers = 0;
   bool calibrated = false;
+
+  BodyId id() const { return {type, number}; }
+  /// What the operator knows the body by, "Cup (Standard body 01)".
+  QString title() const;
 };
 
 /// Asks the backend for its bodies, type by type. A query that fails ends the listing with what was found so far.

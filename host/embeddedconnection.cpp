@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "bodydatabase.h"
+#include "bodyexchange.h"
 #include "interpreter.h"
 #include "livesource.h"
 #include "livestate.h"
@@ -17,6 +18,8 @@ namespace korvex2 {
 namespace {
 
 QString tr(const char* text) { return QCoreApplication::translate("EmbeddedConnection", text); }
+
+BodyKey keyOf(const BodyId& body) { return {body.type.toUtf8(), body.number}; }
 
 /// The motion of the shipped cup is a recorded one.
 Motion motionOf(const QString& trajectory, QStringList& problems) {
@@ -70,5 +73,28 @@ void EmbeddedConnection::startLiveLines(LiveDistributor& distributor) { live_->s
 void EmbeddedConnection::stopLiveLines() { live_->stop(); }
 
 LiveStatus EmbeddedConnection::liveStatus() const { return {true, live_->isMeasuring(), live_->delivered()}; }
+
+QString EmbeddedConnection::importObstacle() const {
+  return database_->settings().configChangeable ? QString() : tr("the configuration is locked");
+}
+
+BodyFileSummary EmbeddedConnection::summaryOf(const QString& path) const {
+  const ImportableBody file = readImportableBody(path);
+  return {static_cast<int>(file.geometry.positions.size()), static_cast<int>(file.geometry.lines.size()), file.problem};
+}
+
+QString EmbeddedConnection::importBody(const BodyId& body, const QString& path) {
+  const ImportableBody file = readImportableBody(path);
+  if (!file.problem.isEmpty()) {
+    return file.problem;
+  }
+  const Outcome outcome = database_->setGeometry(keyOf(body), file.geometry);
+  live_->publish(liveStateOf(*interpreter_));  // the live lines follow as after a command
+  return outcome.text;
+}
+
+QString EmbeddedConnection::exportBody(const BodyId& body, const QString& path) const {
+  return korvex2::exportBody(*database_, keyOf(body), path);
+}
 
 }  // namespace korvex2

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include "backendconnection.h"
+#include "bodyfilestore.h"
 
 namespace korvex2 {
 
@@ -22,7 +23,7 @@ struct LiveOptions {
 
 /// Answers come at once, from the body database in a folder. Live lines follow the state that the last answered line
 /// left behind.
-class EmbeddedConnection : public BackendConnection {
+class EmbeddedConnection : public BackendConnection, private BodyFileStore {
  public:
   /// @param folder    the body database; what is missing or broken there is told by problems()
   /// @param problems  troubles met before, put in front of those of the database
@@ -38,8 +39,14 @@ class EmbeddedConnection : public BackendConnection {
   void startLiveLines(LiveDistributor& distributor) override;
   void stopLiveLines() override;
   LiveStatus liveStatus() const override;
+  BodyFileStore* bodyFiles() override { return this; }
 
  private:
+  QString importObstacle() const override;
+  BodyFileSummary summaryOf(const QString& path) const override;
+  QString importBody(const BodyId& body, const QString& path) override;
+  QString exportBody(const BodyId& body, const QString& path) const override;
+
   std::unique_ptr<BodyDatabase> database_;
   std::unique_ptr<Interpreter> interpreter_;
   QStringList problems_;

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QStatusBar>
 
+#include "bodyfileactions.h"
 #include "bodylisting.h"
 #include "livestatuslabel.h"
 #include "startpage.h"
@@ -42,6 +43,8 @@ Frontend::Frontend(std::unique_ptr<BackendConnection> connection, QObject* paren
   refresh_.setInterval(200);
   connect(&refresh_, &QTimer::timeout, this, &Frontend::refreshBodies);
   connect(window_.get(), &MainWindow::backendTouched, &refresh_, QOverload<>::of(&QTimer::start));
+
+  new BodyFileActions(*connection_, *window_);  // the window's child
 
   window_->statusBar()->addPermanentWidget(
       new LiveStatusLabel([this] { return connection_->liveStatus(); }, window_->statusBar()));

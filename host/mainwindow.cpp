@@ -91,9 +91,9 @@ void MainWindow::takeFirstSize() {
 
 void MainWindow::buildMenus() {
   QMenu* file = menuBar()->addMenu(tr("&File"));
-  QAction* quit = file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(tr("Ctrl+Q")));
-  quit->setMenuRole(QAction::QuitRole);
-  quit->setStatusTip(tr("End the front end"));
+  quit_ = file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(tr("Ctrl+Q")));
+  quit_->setMenuRole(QAction::QuitRole);
+  quit_->setStatusTip(tr("End the front end"));
 
   QMenu* view = menuBar()->addMenu(tr("&View"));
   QAction* showReports = reportsDock_->toggleViewAction();
@@ -185,6 +185,12 @@ void MainWindow::warnOfSharedShortcuts(const QList<_GuiElement*>& elements) {
   }
 }
 
+void MainWindow::addFileEntries(const QList<QAction*>& entries) {
+  QMenu* file = menuTitled(tr("&File"));
+  file->insertActions(quit_, entries);
+  file->insertSeparator(quit_);
+}
+
 void MainWindow::setModules(const std::vector<ModuleRecord>& records, const std::vector<ModuleFolder>& searched) {
   startPage_->setModules(records, searched);
   moduleList_.clear();
@@ -197,7 +203,13 @@ void MainWindow::setModules(const std::vector<ModuleRecord>& records, const std:
 
 void MainWindow::showReport(const QString& sender, int kind, const QString& text) {
   Q_UNUSED(kind)
-  reports_->append({now(), sender, QString(text).replace(QLatin1Char('\n'), QLatin1Char(' '))}, true);
+  addReport(sender, text, true);
+}
+
+void MainWindow::showSuccess(const QString& text) { addReport(HostChannel::tr(HostChannel::hostName), text, false); }
+
+void MainWindow::addReport(const QString& sender, const QString& text, bool alert) {
+  reports_->append({now(), sender, QString(text).replace(QLatin1Char('\n'), QLatin1Char(' '))}, alert);
   const QString line = tr("%1: %2").arg(sender, text);
   lastReport_->setText(line);
   lastReport_->setToolTip(Qt::convertFromPlainText(line));

@@ -7,6 +7,7 @@
 #include "guielement.h"
 #include "moduleset.h"
 
+class QAction;
 class QDockWidget;
 class QLabel;
 class QMenu;
@@ -34,6 +35,8 @@ class MainWindow : public QMainWindow {
   /// Puts the entries in place, see planMenus(). A title equal to one of the host's menus puts the entry there, before
   /// the host's own entries. Actions that are destroyed later leave their menus by themselves.
   void addModuleEntries(const QList<_GuiElement*>& elements);
+  /// Puts entries of the host's own into the File menu, above "&Quit".
+  void addFileEntries(const QList<QAction*>& entries);
   /// Modules for the start page and the about box.
   void setModules(const std::vector<ModuleRecord>& records, const std::vector<ModuleFolder>& searched);
 
@@ -52,6 +55,8 @@ class MainWindow : public QMainWindow {
 
  public slots:
   void showReport(const QString& sender, int kind, const QString& text);
+  /// Something the operator ordered was done: like a report of the host, but nothing to worry about.
+  void showSuccess(const QString& text);
   void showExchange(const QByteArray& command, const QByteArray& answer, bool answered);
   void showAbout();
   /// Docks back to where they are at the first start.
@@ -65,6 +70,7 @@ class MainWindow : public QMainWindow {
   void buildDocks();
   void buildMenus();
   void buildStatusBar();
+  void addReport(const QString& sender, const QString& text, bool alert);
   /// As large as the work needs, and never larger than the screen.
   void takeFirstSize();
   void warnOfSharedShortcuts(const QList<_GuiElement*>& elements);
@@ -76,6 +82,7 @@ class MainWindow : public QMainWindow {
   LogModel* traffic_;
   QDockWidget* reportsDock_ = nullptr;
   QDockWidget* trafficDock_ = nullptr;
+  QAction* quit_ = nullptr;
   QMenu* helpMenu_ = nullptr;
   QLabel* lastReport_ = nullptr;
   QByteArray firstLayout_;

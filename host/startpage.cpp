@@ -19,6 +19,10 @@ namespace korvex2 {
 
 namespace {
 
+/// Where a row of the bodies keeps which body it is.
+constexpr int typeRole = Qt::UserRole;
+constexpr int numberRole = Qt::UserRole + 1;
+
 /// For what is said by the way. The palette's own role for it is empty with some styles and paints nothing then.
 QColor paleText() {
   QColor pale = QGuiApplication::palette().color(QPalette::Text);
@@ -180,22 +184,33 @@ void StartPage::setModules(const std::vector<ModuleRecord>& records, const std::
 }
 
 void StartPage::setBodies(const std::vector<BodySummary>& bodies) {
+  const std::optional<BodyId> selected = selectedBody();
   bodies_->clear();
   for (const BodySummary& body : bodies) {
-    const QString number = QStringLiteral("%1").arg(body.number, 2, 10, QLatin1Char('0'));
-    const QString type = body.typeDescription.isEmpty() ? body.type : body.typeDescription;
-    const QString name = body.description.isEmpty() ? tr("%1 %2").arg(type, number)
-                                                    : tr("%1 (%2 %3)").arg(body.description, type, number);
     const QString markers = body.calibrated ? QString::number(body.markers) : QString();
     const QString state = body.calibrated ? tr("calibrated") : tr("not calibrated");
-    auto* item = new QTreeWidgetItem(bodies_, {name, markers, state});
+    auto* item = new QTreeWidgetItem(bodies_, {body.title(), markers, state});
     item->setTextAlignment(1, Qt::AlignCenter);
+    item->setData(0, typeRole, body.type);
+    item->setData(0, numberRole, body.number);
+    if (selected == body.id()) {
+      bodies_->setCurrentItem(item);
+    }
     if (!body.calibrated) {
       standBack(item);
     }
   }
   noBodies_->setVisible(bodies.empty());
   bodies_->setVisible(!bodies.empty());
+}
+
+std::optional<BodyId> StartPage::selectedBody() const {
+  const QList<QTreeWidgetItem*> selected = bodies_->selectedItems();
+  if (selected.isEmpty()) {
+    return std::nullopt;
+  }
+  return BodyId{selected.constFirst()->data(0, typeRole).toString(),
+                selected.constFirst()->data(0, numberRole).toInt()};
 }
 
 void StartPage::setActions(const QList<QAction*>& actions) {

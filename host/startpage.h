@@ -2,6 +2,7 @@
 #ifndef KORVEX2_HOST_STARTPAGE_H
 #define KORVEX2_HOST_STARTPAGE_H
 
+#include <optional>
 #include <vector>
 
 #include <QList>
@@ -29,7 +30,9 @@ class StartPage : public QWidget {
   /// @param description  which backend; @param details  its version and data, one fact a line, plain text
   void setConnection(const QString& description, const QStringList& details);
   void setModules(const std::vector<ModuleRecord>& records, const std::vector<ModuleFolder>& searched);
+  /// The body that is selected stays so, wherever it is in the new list.
   void setBodies(const std::vector<BodySummary>& bodies);
+  std::optional<BodyId> selectedBody() const;
   /// A button for every action, with its shortcut beside it. Buttons of actions that are destroyed go with them.
   void setActions(const QList<QAction*>& actions);
 

@@ -1,0 +1,34 @@
+// The entries of the File menu that take body files into the backend's database and give them out.
+#ifndef KORVEX2_HOST_BODYFILEACTIONS_H
+#define KORVEX2_HOST_BODYFILEACTIONS_H
+
+#include <QObject>
+
+namespace korvex2 {
+
+class BackendConnection;
+class BodyFileDialog;
+class MainWindow;
+
+/// Puts "&Import body file..." and "&Export body file..." (object names "importBodyFile" and "exportBodyFile") into the
+/// window's File menu. They are disabled for a connection without body files. Failures stand in a box and among the
+/// reports, successes in the status bar and among the reports.
+class BodyFileActions : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Belongs to the window; the connection must outlive it.
+  BodyFileActions(BackendConnection& connection, MainWindow& window);
+
+ private:
+  void importFile();
+  void exportFile();
+  void run(BodyFileDialog& dialog);
+
+  BackendConnection& connection_;
+  MainWindow& window_;
+};
+
+}  // namespace korvex2
+
+#endif
