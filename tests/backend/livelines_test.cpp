@@ -214,7 +214,7 @@ TEST_F(LiveLinesTest, BodiesAreLostNowAndThenTheSameWayEveryTime) {
         missing[id] += record == nullptr ? 1 : 0;
         lost[id] += record != nullptr && record->quality == -1.0 ? 1 : 0;
         const bool away = record == nullptr || (record->quality == -1.0 && id != 5);
-        ASSERT_FALSE(away && number < 600) << "a new measurement begins with everything in sight";
+        ASSERT_FALSE(away && number < 600) << "everything is in sight at the beginning";
       }
     }
     for (const auto& [id, count] : lost) {

@@ -87,7 +87,8 @@ TEST_F(Program, PrintsItsVersionWithoutADisplay) {
 TEST_F(Program, PrintsItsOptionsWithoutADisplay) {
   const Ended help = run({"--help"});
   EXPECT_EQ(help.exitCode, 0);
-  for (const char* option : {"--plugin-dir", "--database", "--list-modules", "--demo", "--version", "--help"}) {
+  for (const char* option :
+       {"--plugin-dir", "--database", "--trajectory", "--rate", "--list-modules", "--demo", "--version", "--help"}) {
     EXPECT_TRUE(says(help.out, option)) << option;
   }
 }
@@ -105,6 +106,20 @@ TEST_F(Program, RefusesWhatItDoesNotUnderstandWithExitCodeOne) {
   refused = run({"--plugin-dir", "", "--list-modules"});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_TRUE(says(refused.err, "plugin-dir"));
+}
+
+TEST_F(Program, RefusesARateThatIsNoneAndATrajectoryWithoutAName) {
+  for (const char* rate : {"0", "1001", "-5", "60.5", "60,5", "fast", "", "99999999999"}) {
+    const Ended refused = run({"--list-modules", "--rate", rate});
+    EXPECT_EQ(refused.exitCode, 1) << rate;
+    EXPECT_TRUE(says(refused.err, "--rate needs a whole number from 1 to 1000")) << refused.err;
+  }
+  for (const char* rate : {"1", "60", "1000"}) {
+    EXPECT_EQ(run({"--list-modules", "--rate", rate}).exitCode, 0) << rate;
+  }
+  const Ended refused = run({"--list-modules", "--trajectory", ""});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_TRUE(says(refused.err, "--trajectory needs a file")) << refused.err;
 }
 
 TEST_F(Program, SaysSoWhenThereIsNoDisplayForItsWindow) {
