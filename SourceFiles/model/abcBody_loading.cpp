@@ -17,7 +17,8 @@ void abcBody::warn(const QString& title, const QString& text) {
 
 void abcBody::initializeIfUsed() {
   const bool changed = immediateMatrix() != bsMatrix::getIdentityMatrix() || canUndo() || canRedo();
-  if (loaded_ || modified_ || changed) {
+  // A body that was only marked unloaded still has its markers; the new ones would be appended to them.
+  if (loaded_ || modified_ || changed || !markers_.empty()) {
     initialize();
   }
 }

@@ -151,6 +151,18 @@ TEST_F(Body, LoadsWithoutAChangeThatWasMadeWhileNothingWasLoaded) {
   EXPECT_FALSE(body.canUndo());
 }
 
+TEST_F(Body, LoadsOnlyTheNewMarkersAfterTheOldOnesWereMarkedUnloaded) {
+  abcBody body;
+  const std::vector<bsVector> first = row(3);
+  const std::vector<bsVector> second{{0, 0, 5}, {0, 0, 7}};
+  ASSERT_TRUE(body.load(&first));
+  body.setLoaded(false);
+  ASSERT_TRUE(body.load(&second));
+  EXPECT_TRUE(samePositions(body.give_old_data(), second));
+  EXPECT_EQ(body.give_data_with_emissions()[0].id, 0u);
+  EXPECT_EQ(body.getCenterOfGravity(), bsVector(0, 0, 6));
+}
+
 TEST_F(Body, OfExactlyOneMarkerIsRefusedWithABox) {
   abcBody body;
   SignalLog emitted(body);

@@ -190,6 +190,22 @@ TEST_F(DoubleWidgetEdit, WheelDragTakesAndGivesUpTheFocusOfAShownSpinBox) {
   EXPECT_EQ(all.back(), "value 0");
 }
 
+TEST_F(DoubleWidgetEdit, ReportsTheBeginningWithTheFocusAndTheEndWithoutFocusAndWithTheWheelAtZero) {
+  open(bsDoubleSpinWheel);
+  std::vector<bool> focused;
+  double wheelAtEnd = -1.0;
+  QObject::connect(widget, &bsDoubleWidget::editingBegin, widget, [&] { focused.push_back(spin->hasFocus()); });
+  QObject::connect(widget, &bsDoubleWidget::editingFinished, widget, [&] {
+    focused.push_back(spin->hasFocus());
+    wheelAtEnd = wheel->value();
+  });
+  scroll(wheel, 240);
+  ASSERT_EQ(wheel->value(), 2.0);
+  leave(widget);
+  EXPECT_THAT(focused, ElementsAre(true, false));
+  EXPECT_EQ(wheelAtEnd, 0.0);
+}
+
 TEST_F(DoubleWidgetEdit, DragAcrossTheSeamStepsByThePeriodOf361) {
   open(bsDoubleWheel);
   press(wheel);
