@@ -49,7 +49,11 @@ BodyAdjustmentDialog::BodyAdjustmentDialog(IOManager* channel, QWidget* parent, 
   active_online_checkbox();
 }
 
-BodyAdjustmentDialog::~BodyAdjustmentDialog() = default;
+BodyAdjustmentDialog::~BodyAdjustmentDialog() {
+  if (isVisible()) {  // the host ends while the dialog is open: no live line may reach it any more
+    hide();
+  }
+}
 
 void BodyAdjustmentDialog::load_icons() {
   red_icon_ = stateIcon(QStringLiteral(":/red.png"));

@@ -1,5 +1,6 @@
 // Choosing, applying, undoing and losing markers of bodies in the adjustment dialog.
 #include <QMessageBox>
+#include <QPushButton>
 #include <QScopedValueRollback>
 #include <QSignalBlocker>
 #include <QTimer>
@@ -13,6 +14,18 @@
 #include "glcanvas.h"
 #include "ui_bodyadjustmentdialog.h"
 #include "xyzWidget.h"
+
+namespace {
+
+/// What needs the room waits for a live line that says that the body is tracked: what was said of another body does not
+/// count, and a body of another target type never hears.
+void disableRoomButtons(const Ui::BodyAdjustmentDialogClass& ui) {
+  for (QPushButton* button : {ui.pushButton_due_to_room, ui.pushButton_due_to_room_0, ui.adjust_axes_to_room_button}) {
+    button->setEnabled(false);
+  }
+}
+
+}  // namespace
 
 void BodyAdjustmentDialog::update_current_body(int index, bool show_msg) {
   if (sender() == ui_->body_name && is_shown_already(index)) {
@@ -54,6 +67,7 @@ void BodyAdjustmentDialog::update_current_body(int index, bool show_msg) {
   } else {
     show_uncalibrated_body();
   }
+  disableRoomButtons(*ui_);
   stream_.setChosenBody(chosen_.address(), chosen_.id);
   unknown_type_told_ = false;
   apply_button_enable(false);  // until the canvas reports a change of this body
@@ -75,6 +89,7 @@ void BodyAdjustmentDialog::show_no_body() {
   }
   chosen_ = ChosenBody();
   geometry_ = Geometry();
+  disableRoomButtons(*ui_);
   stream_.setChosenBody(QByteArray(), -1);
   stream_.resetQualities();
   ui_->loadBody->setText(tr("Bod&y"));
@@ -390,6 +405,9 @@ void BodyAdjustmentDialog::reloadOldMarkerValues() { geometry_ = undo_backup_; }
 
 void BodyAdjustmentDialog::deleteMarker() {
   const int marker = canvas_->getSelectedMarker();
+  if (config_locked_ || chosen_.hasCylinder()) {  // the key would reach what the disabled page does not offer
+    return;
+  }
   if (!backend_.canDeleteMarkers() || chosen_.id < 0 || chosen_.name.isEmpty() || canvas_->getBodyNumMarker() <= 4 ||
       marker == -1 || marker == -2) {
     return;
@@ -471,8 +489,7 @@ void BodyAdjustmentDialog::on_redo_button_clicked() {
     undo_backup_ = Geometry();
     return;
   }
-  deleted_marker_ = -1;
-  deletion_pending_ = true;
+  deletion_pending_ = true;  // which keeps redo off until the deletion is undone once more
   reload_after_deletion(marker);
   ui_->redo_button->setEnabled(false);
   ui_->undo_button->setEnabled(true);

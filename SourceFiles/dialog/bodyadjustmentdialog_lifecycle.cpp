@@ -1,7 +1,7 @@
 // Opening, showing, hiding and closing of the adjustment dialog.
 #include <QHideEvent>
 #include <QMessageBox>
-#include <QScopedValueRollback>
+#include <QPointer>
 #include <QShowEvent>
 #include <QSignalBlocker>
 #include <QTimer>
@@ -31,7 +31,7 @@ int BodyAdjustmentDialog::update_and_exec() {
     activateWindow();
     return QDialog::Rejected;
   }
-  const QScopedValueRollback<bool> run(running_, true);
+  running_ = true;
   ask_backend_state();
   reset_bookkeeping();
   deactivateIfMultiUserIsActive();
@@ -48,7 +48,12 @@ int BodyAdjustmentDialog::update_and_exec() {
   enableEmissionTab(false);
   ui_->pushButton_due_to_room->setEnabled(false);
   ui_->pushButton_due_to_room_0->setEnabled(false);
-  return exec();
+  const QPointer<BodyAdjustmentDialog> self(this);
+  const int result = exec();
+  if (!self.isNull()) {  // the host may have ended meanwhile
+    running_ = false;
+  }
+  return result;
 }
 
 void BodyAdjustmentDialog::ask_backend_state() {

@@ -242,7 +242,7 @@ int BodyAdjustmentDialog::set_ascii_data(const char* tag, const char* line) {
 }
 
 void BodyAdjustmentDialog::update_track() {
-  if (!online_ || !canvas_->isBodyLoaded()) {
+  if (!online_) {
     return;
   }
   const bool standard = chosen_.name == QLatin1String("standard");
@@ -254,9 +254,13 @@ void BodyAdjustmentDialog::update_track() {
     }
     return;
   }
+  if (!canvas_->isBodyLoaded()) {
+    return;
+  }
   const korvex2::TrackingStream::State state = stream_.state();
   const korvex2::TrackedPose& pose = standard ? state.body : state.device;
-  const bool seen = pose.seenAs(chosen_.id);
+  // The store keeps the record's own id, which in multi-user mode "with head" is one more for bodies.
+  const bool seen = pose.seenAs(chosen_.id + (standard && with_head_ ? 1 : 0));
   canvas_->setTrackedBodySeen(seen);
   if (seen) {
     canvas_->setTrackedBodyOrientation(pose.rotation);
