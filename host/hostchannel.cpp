@@ -28,6 +28,12 @@ bool copyBounded(const QByteArray& text, char* buffer) {
   return true;
 }
 
+/// Descriptions of bodies come in the language of whoever wrote them, so an answer may be any line of UTF-8.
+bool isOneLineOfText(const QByteArray& answer) {
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
+  return std::none_of(answer.cbegin(), answer.cend(), isControl) && QString::fromUtf8(answer).toUtf8() == answer;
+}
+
 QString textOf(const char* characters) {
   QString text = QString::fromUtf8(characters).trimmed();
   if (text.size() > longestReport) {
@@ -68,7 +74,7 @@ int HostChannel::ask(const char* prefix, const char* format, va_list values, QBy
   }
   answer = withoutLineEnd(received);
   emit exchanged(line, answer, true);
-  if (!isPrintableAscii(answer) || !answer.startsWith("korvex2 ")) {
+  if (!isOneLineOfText(answer) || !answer.startsWith("korvex2 ")) {
     qCWarning(logChannel) << "an answer that is none:" << answer.left(answerCapacity);
     return wrongAnswer;
   }

@@ -27,11 +27,11 @@ class BackendConnection;
 /// | set_value            | korvex2 set TEXT   | korvex2 ok               |
 ///
 /// Results: 0 on success, one of Result otherwise. They are non-zero on a text that cannot be sent (longer than 1023
-/// characters, empty, with control characters or other than ASCII), when no answer comes, on "korvex2 err", on a wrong
-/// prefix, on an answer that does not parse, and on an answer that needs more than 200 characters with its zero.
-/// A text buffer is always zero-terminated afterwards: it holds what was asked for on success, else it is empty; but a
-/// raw command leaves the raw answer in it whenever one came that fits, a refusal too. Numbers are written on success
-/// only. Null pointers are refused with wrongArgument.
+/// characters, empty, with control characters or other than ASCII), when no answer comes, on "korvex2 err", on an
+/// answer that is not one line of UTF-8, on a wrong prefix, on an answer that does not parse, and on an answer that
+/// needs more than 200 characters with its zero. A text buffer is always zero-terminated afterwards: it holds what was
+/// asked for on success, else it is empty; but a raw command leaves the raw answer in it whenever one came that fits, a
+/// refusal too. Numbers are written on success only. Null pointers are refused with wrongArgument.
 ///
 /// Operations with the backend run on the thread this object lives on (the GUI thread) and are refused elsewhere;
 /// subscriptions may be made and ended on any thread.

@@ -73,6 +73,12 @@ TEST_F(Channel, AStringKeepsItsQuotesAndBlanks) {
   EXPECT_EQ(buffer.text(), "\"Head of bed\" ");
 }
 
+TEST_F(Channel, AStringMayHaveLettersOfAnyLanguage) {
+  backend.answers["korvex2 get body desc standard b01"] = "korvex2 set body desc standard b01 \"K\xc3\xb6rper\"";
+  EXPECT_EQ(channel.get_string(buffer.characters, "body desc %s b%2.2d", "standard", 1), 0);
+  EXPECT_EQ(buffer.text(), "\"K\xc3\xb6rper\"");
+}
+
 TEST_F(Channel, AnEmptyValueIsAnEmptyString) {
   backend.answers["korvex2 get a"] = "korvex2 set a";
   EXPECT_EQ(channel.get_string(buffer.characters, "a"), 0);
