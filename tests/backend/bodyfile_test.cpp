@@ -41,6 +41,12 @@ TEST(BodyFile, TextUpToTheLinesIsKept) {
   EXPECT_EQ(file, rewritten(QByteArray::fromStdString(file)));
 }
 
+TEST(BodyFile, LinesOfAFileWithCarriageReturnsAreRead) {
+  const std::string file = "2\n1 2 3\n4 5 6\r\nfree\r\n# Lines\r\n1\n0 1\r\n";
+  EXPECT_EQ(1U, parseBodyFile(QByteArray::fromStdString(file)).geometry.lines.size());
+  EXPECT_EQ(file, rewritten(QByteArray::fromStdString(file)));
+}
+
 TEST(BodyFile, FileWithoutLinesGetsNone) {
   EXPECT_EQ("2\n1 2 3\n4 5 6\n# Lines\n0\n", rewritten("2\n1 2 3\n4 5 6"));
   EXPECT_EQ("2\n1 2 3\n4 5 6\n# Lines\n0\n", rewritten("2\n1 2 3\n4 5 6\n"));
@@ -80,7 +86,7 @@ TEST(BodyFile, WhatIsWrongIsToldWithItsLine) {
       {"\n\nbody\n", 3, "the number of markers is expected, found 'body'"},
       {"1\n1 2 3\n", 1, "1 is no possible number of markers"},
       {"-4\n1 2 3\n", 1, "-4 is no possible number of markers"},
-      {"100\n1 2 3\n", 1, "100 is no possible number of markers"},
+      {"100\n1 2 3\n", 1, "100 is no possible number of markers, a body has at most 99"},
       {"99999999999\n", 1, "the number of markers is expected, found '99999999999'"},
       {"3\n1 2 3\n4 5\n", 4, "a coordinate of marker 2 is expected, the file ends here"},
       {"3\n1 2 3\n4 5 x\n", 3, "a coordinate of marker 2 is expected, found 'x'"},
