@@ -17,6 +17,9 @@
 
 namespace {
 
+/// Standard bodies beyond their slots go behind the last slot that a hand-held device can have.
+constexpr int standardOverflow = 2000;
+
 /// What needs the room waits for a live line that says that the body is tracked: what was said of another body does not
 /// count, and a body of another target type never hears.
 void disableRoomButtons(const Ui::BodyAdjustmentDialogClass& ui) {
@@ -340,8 +343,13 @@ void BodyAdjustmentDialog::keep_original_emissions() {
 bsMatrix& BodyAdjustmentDialog::saved_transform(const ChosenBody& body) {
   // Slots of hand-held devices follow those of standard bodies, or the first body of each type would share one.
   const bool device = body.name.compare(QLatin1String("wandgrip"), Qt::CaseInsensitive) == 0;
-  const auto slot = static_cast<std::size_t>(qMax(0, body.id) + (device ? standard_slots_ : 0));
-  if (slot >= saved_transforms_.size()) {  // a failed count query left too little room
+  const int id = qMax(0, body.id);
+  int place = device ? standard_slots_ + id : id;
+  if (!device && id >= standard_slots_) {
+    place += standardOverflow;
+  }
+  const auto slot = static_cast<std::size_t>(place);
+  if (slot >= saved_transforms_.size()) {  // more bodies than usual, or a failed count query left too little room
     saved_transforms_.resize(slot + 1, bsMatrix::getIdentityMatrix());
   }
   return saved_transforms_[slot];

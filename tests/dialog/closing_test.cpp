@@ -128,6 +128,46 @@ TEST_F(Closing, BodiesOfBothTypesWithTheSameNumberAreDiscardedEachByItsOwn) {
   expectPoints(backend.body("wandgrip", 1).markers, pen);
 }
 
+TEST_F(Closing, BodiesOfBothTypesAreKeptApartWhenTheirCountsAreUnknown) {
+  const std::vector<Point> cup = backend.body("standard", 1).markers;
+  const std::vector<Point> pen = backend.body("wandgrip", 1).markers;
+  backend.countFromZero();
+  backend.disturb = [](int place, const std::string&, const std::string&) {
+    return place == 2 || place == 3 ? std::optional<FakeChannel::Answer>({1, ""}) : std::nullopt;
+  };
+  watch.expectBox("Body Adjustment", discardQuestion, QMessageBox::Yes);
+  run([&] {
+    for (const int row : {cupRow, penRow}) {
+      choose(row);
+      enter("body_ori_xyzWidget", 2, row == cupRow ? "90" : "35");
+      click("apply_button");
+    }
+    click("cancel_button");
+  });
+  expectPoints(backend.body("standard", 1).markers, cup);
+  expectPoints(backend.body("wandgrip", 1).markers, pen);
+}
+
+TEST_F(Closing, MoreBodiesThanUsualAreDiscardedEachByItsOwn) {
+  for (int number = 5; number <= 51; ++number) {
+    backend.add({"standard", number, "", {{5, 6, 7}, {50, 8, 9}, {10, 90, 11}, {12, 13, 70}}, {}});
+  }
+  const std::vector<Point> last = backend.body("standard", 51).markers;
+  const std::vector<Point> pen = backend.body("wandgrip", 1).markers;
+  watch.expectBox("Body Adjustment", discardQuestion, QMessageBox::Yes);
+  run([&] {
+    ASSERT_EQ(bodies().itemData(50).toString(), "standard|51|calibrated|tt_std");
+    for (const int row : {50, 51}) {
+      choose(row);
+      enter("body_ori_xyzWidget", 2, row == 50 ? "90" : "35");
+      click("apply_button");
+    }
+    click("cancel_button");
+  });
+  expectPoints(backend.body("standard", 51).markers, last);
+  expectPoints(backend.body("wandgrip", 1).markers, pen);
+}
+
 TEST_F(Closing, AnAppliedBodyIsDiscardedAlsoWhenAnotherIsShown) {
   const std::vector<Point> before = backend.body("standard", 1).markers;
   for (const int shown : {handRow, penRow, -1}) {
