@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,11 @@ struct TrackingLine {
       }
     }
     return nullptr;
+  }
+  /// Throws, and so fails the case, when there is no such record.
+  const LineRecord& at(int id) const {
+    const LineRecord* const record = find(id);
+    return record != nullptr ? *record : throw std::out_of_range(tag + " has no record " + std::to_string(id));
   }
 };
 

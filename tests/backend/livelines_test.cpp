@@ -133,10 +133,10 @@ TEST_F(LiveLinesTest, DevicesHaveButtonsInTheOldFormatAndTwoNumbersAndAFourthBlo
   const TrackingLine old = line("6dw");
   EXPECT_EQ(idsOf(old), (std::vector<int>{0, 1}));
   for (std::size_t i = 0; i < 2; ++i) {
-    EXPECT_EQ(fresh.records[i].quality, 1.0);
-    EXPECT_EQ(old.records[i].position, fresh.records[i].position);
-    EXPECT_EQ(old.records[i].rotation, fresh.records[i].rotation);
-    EXPECT_EQ(old.records[i].numbers.at(0), fresh.records[i].numbers.at(0));
+    EXPECT_EQ(fresh.records.at(i).quality, 1.0);
+    EXPECT_EQ(old.records.at(i).position, fresh.records.at(i).position);
+    EXPECT_EQ(old.records.at(i).rotation, fresh.records.at(i).rotation);
+    EXPECT_EQ(old.records.at(i).numbers.at(0), fresh.records.at(i).numbers.at(0));
   }
 }
 
@@ -146,9 +146,9 @@ TEST_F(LiveLinesTest, TheTriggerOfADeviceIsPressedNowAndThen) {
   std::set<int> second;
   for (int i = 0; i < 100; ++i) {
     const TrackingLine line = this->line("6dw2", 0, 0.1 * i);
-    first.insert(line.records[0].numbers[0]);
-    second.insert(line.records[1].numbers[0]);
-    EXPECT_EQ(line.records[0].last[0], line.records[0].numbers[0]);
+    first.insert(line.records.at(0).numbers.at(0));
+    second.insert(line.records.at(1).numbers.at(0));
+    EXPECT_EQ(line.records.at(0).last.at(0), line.records.at(0).numbers.at(0));
   }
   EXPECT_EQ(first, (std::set<int>{0, 1}));
   EXPECT_EQ(second, (std::set<int>{0, 1}));
@@ -157,36 +157,36 @@ TEST_F(LiveLinesTest, TheTriggerOfADeviceIsPressedNowAndThen) {
 TEST_F(LiveLinesTest, IdsOfStandardBodiesAreOneHigherWithHead) {
   command("set output active chmon 6dw2 yes");
   command("set wandgrip multiuser yes");
-  EXPECT_EQ(idsOf(line("6d")).front(), 0) << "multi-user without head";
+  EXPECT_EQ(line("6d").records.at(0).id, 0) << "multi-user without head";
   command("set wandgrip multiuser_with_head yes");
   EXPECT_EQ(idsOf(line("6d")), (std::vector<int>{1, 2, 3, 4, 5, 6, 7}));
   EXPECT_EQ(idsOf(line("6dw2")), (std::vector<int>{0, 1})) << "devices keep theirs";
   const TrackingLine with = line("6d", 0, 3.0);
   // A client asks for the with-head mode alone, whatever the plain mode is.
   command("set wandgrip multiuser no");
-  EXPECT_EQ(idsOf(line("6d")).front(), 1);
+  EXPECT_EQ(line("6d").records.at(0).id, 1);
   command("set wandgrip multiuser_with_head no");
   const TrackingLine without = line("6d", 0, 3.0);
-  EXPECT_EQ(idsOf(without).front(), 0);
-  EXPECT_EQ(with.records[3].position, without.records[3].position) << "the same body by another id";
+  EXPECT_EQ(without.records.at(0).id, 0);
+  EXPECT_EQ(with.records.at(3).position, without.records.at(3).position) << "the same body by another id";
   command("set wandgrip multiuser_with_head yes");
   command("set wandgrip multiuser_with_head_available no");
-  EXPECT_EQ(idsOf(line("6d")).front(), 0);
+  EXPECT_EQ(line("6d").records.at(0).id, 0);
 }
 
 TEST_F(LiveLinesTest, ABodyIsTrackedFromTheMomentItIsCalibrated) {
-  LineRecord phone = *line("6d").find(5);
+  LineRecord phone = line("6d").at(5);
   EXPECT_EQ(phone.quality, -1.0);
   EXPECT_EQ(phone.position, (std::array<double, 3>{0, 0, 0}));
   EXPECT_EQ(phone.rotation, (std::array<double, 9>{1, 0, 0, 0, 1, 0, 0, 0, 1}));
   command("set body calibrated standard b06 yes");
-  phone = *line("6d").find(5);
+  phone = line("6d").at(5);
   EXPECT_EQ(phone.quality, 1.0);
   EXPECT_NE(phone.position, (std::array<double, 3>{0, 0, 0}));
   command("set body calibrated wandgrip b01 no");
   command("set output active chmon 6dw2 yes");
-  EXPECT_EQ(line("6dw2").records[0].quality, -1.0);
-  EXPECT_EQ(line("6dw2").records[1].quality, 1.0);
+  EXPECT_EQ(line("6dw2").records.at(0).quality, -1.0);
+  EXPECT_EQ(line("6dw2").records.at(1).quality, 1.0);
 }
 
 TEST_F(LiveLinesTest, ABodyWithABrokenFileIsNotTracked) {
@@ -194,8 +194,8 @@ TEST_F(LiveLinesTest, ABodyWithABrokenFileIsNotTracked) {
   korvex2_test::writeBytes(path("bodies/table.body"), "4\nnot a body\n");
   open();
   command("tracking start");
-  EXPECT_EQ(line("6d").find(1)->quality, -1.0);
-  EXPECT_EQ(line("6d").find(0)->quality, 1.0);
+  EXPECT_EQ(line("6d").at(1).quality, -1.0);
+  EXPECT_EQ(line("6d").at(0).quality, 1.0);
 }
 
 TEST_F(LiveLinesTest, BodiesAreLostNowAndThenTheSameWayEveryTime) {
@@ -248,9 +248,9 @@ TEST_F(LiveLinesTest, DevicesInTheNewFormatNeverLoseTheirPlace) {
   for (int number = 0; number < 2000; ++number) {
     const TrackingLine line = this->line("6dw2", number);
     ASSERT_EQ(idsOf(line), (std::vector<int>{0, 1}));
-    lost += line.records[0].quality == -1.0 ? 1 : 0;
-    if (line.records[0].quality == -1.0) {
-      EXPECT_EQ(line.records[0].numbers[0], 0) << "nobody hears the trigger either";
+    lost += line.records.at(0).quality == -1.0 ? 1 : 0;
+    if (line.records.at(0).quality == -1.0) {
+      EXPECT_EQ(line.records.at(0).numbers.at(0), 0) << "nobody hears the trigger either";
     }
   }
   EXPECT_GT(lost, 0);
@@ -319,8 +319,8 @@ TEST(LiveLinesOfASpoiltBody, NumbersBeyondAllMeasureAreNotReported) {
     const std::optional<TrackingLine> line = LineReader::read(text);
     ASSERT_TRUE(line) << text.toStdString();
     ASSERT_EQ(line->records.size(), 3U);
-    EXPECT_EQ(line->records[0].quality, -1.0);
-    EXPECT_EQ(line->records[1].quality, 1.0);
-    EXPECT_EQ(line->records[2].quality, -1.0);
+    EXPECT_EQ(line->records.at(0).quality, -1.0);
+    EXPECT_EQ(line->records.at(1).quality, 1.0);
+    EXPECT_EQ(line->records.at(2).quality, -1.0);
   }
 }

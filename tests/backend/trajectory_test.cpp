@@ -143,11 +143,11 @@ TEST(Trajectory, MovesStraightAndTurnsEvenlyBetweenPoses) {
 }
 
 TEST(Trajectory, TurnsTheShorterWay) {
-  Trajectory trajectory = turning({0.0, 0.1}, {170.0, 190.0 - 720.0});
+  Trajectory trajectory = turning({0.0, 0.1}, {170.0, -170.0});
   EXPECT_NEAR(std::fabs(angleAboutZ(*trajectory.poseAt(0.05))), 180.0, 1e-9);
   // The same orientation written as q and -q is no turn at all.
   trajectory = turning({0.0, 0.1}, {30.0, 30.0 + 360.0});
-  EXPECT_NEAR(angleAboutZ(*trajectory.poseAt(0.03)), 30.0, 1e-9);
+  EXPECT_NEAR(angleAboutZ(*trajectory.poseAt(0.05)), 30.0, 1e-9);
 }
 
 TEST(Trajectory, EndsAtItsFirstAndLastPose) {
