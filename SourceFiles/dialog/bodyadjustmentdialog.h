@@ -9,6 +9,7 @@
 #include <QPixmap>
 #include <QString>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -241,6 +242,7 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   bool deletion_can_be_redone() const;
   void set_applied(int row);
   bsMatrix& saved_transform(const ChosenBody& body);
+  void tell_tracked();
   void run_canvas_operation(void (GLCanvas::*operation)());
 
   std::unique_ptr<Ui::BodyAdjustmentDialogClass> ui_;
@@ -259,6 +261,8 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   bool change_written_ = false;    // the change in the canvas is in the backend, only reading it back is outstanding
   bool emissions_edited_ = false;  // emissions in the canvas are not those of the backend
   bool unknown_type_told_ = false;
+
+  std::uint64_t told_markings_ = 0;  // markings of the stream that set_chosen_body_tracked() has told of
 
   ChosenBody chosen_;
   Geometry geometry_;              // of the body in the canvas, as fetched

@@ -2,9 +2,10 @@
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QResizeEvent>
+#include <QThread>
 #include <QTimer>
 
-#include <cmath>
+#include <utility>
 
 #include "bodyadjustmentdialog.h"
 #include "bodytable.h"
@@ -235,13 +236,27 @@ int BodyAdjustmentDialog::set_ascii_data(const char* tag, const char* line) {
   using Tracked = korvex2::TrackingStream::Tracked;
   Tracked marked = Tracked::Unknown;
   stream_.take(tag, line, &marked);
-  if (marked != Tracked::Unknown) {
-    emit set_chosen_body_tracked(marked == Tracked::Yes);  // queued when this is the delivery thread
+  if (marked != Tracked::Unknown && QThread::currentThread() == thread()) {
+    tell_tracked();
   }
-  return 0;
+  return 0;  // from the delivery thread the timer tells: a thousand lines a second are not a thousand signals
+}
+
+void BodyAdjustmentDialog::tell_tracked() {
+  using Tracked = korvex2::TrackingStream::Tracked;
+  const auto [tracked, markings] = stream_.look(
+      [](const korvex2::TrackingStream::State& state) { return std::make_pair(state.tracked, state.markings); });
+  if (markings == told_markings_) {
+    return;
+  }
+  told_markings_ = markings;
+  if (tracked != Tracked::Unknown) {
+    emit set_chosen_body_tracked(tracked == Tracked::Yes);
+  }
 }
 
 void BodyAdjustmentDialog::update_track() {
+  tell_tracked();
   if (!online_) {
     return;
   }
