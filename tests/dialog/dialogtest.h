@@ -63,6 +63,11 @@ class DialogTest : public testing::Test {
     return found;
   }
   bool enabled(const char* name) { return find<QWidget>(name)->isEnabled(); }
+  /// The same of the control alone, whatever the page around it is.
+  bool enabledItself(const char* name) {
+    auto* const widget = find<QWidget>(name);
+    return widget->isEnabledTo(widget->parentWidget());
+  }
   std::string text(const char* name);
   GLCanvas& canvas();
   QComboBox& bodies();

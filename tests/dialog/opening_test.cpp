@@ -187,8 +187,11 @@ TEST_F(Opening, ALockedConfigurationShowsTheLockAndDisablesEveryPage) {
     EXPECT_EQ(disabledOf(bodyControls).size(), bodyControls.size());
     EXPECT_THAT(disabledOf(viewControls), IsEmpty());
     select({0, 1});
-    EXPECT_FALSE(enabled("set_origin_button"));
-    EXPECT_FALSE(enabled("set_axis_button"));
+    EXPECT_FALSE(enabledItself("set_origin_button"));
+    EXPECT_FALSE(enabledItself("set_axis_button"));
+    for (const char* const control : bodyControls) {
+      EXPECT_FALSE(enabledItself(control)) << control;
+    }
   });
   backend.changeable = true;
   run([&] {
