@@ -220,6 +220,17 @@ TEST_F(Closing, ABodyThatCannotBeAddressedEndsTheDiscarding) {
                                           "unregister_requester 6dw2"));
 }
 
+TEST_F(Closing, ABodyReadAgainAsAfterAnApplyCountsAsApplied) {
+  watch.expectBox("Body Adjustment", discardQuestion, QMessageBox::Yes);
+  run([&] {
+    choose(cupRow);
+    dialog->update_after_apply(cupRow);
+    heard();
+    click("cancel_button");
+  });
+  EXPECT_THAT(heard(), ElementsAreArray(joined({{transformOf("standard", 1, {0, 0, 0})}, hideLog()})));
+}
+
 TEST_F(Closing, AFailedDiscardIsReportedAndTheNextBodyFollows) {
   const std::vector<Point> pen = backend.body("wandgrip", 1).markers;
   watch.expectBox("Body Adjustment", discardQuestion, QMessageBox::Yes);
