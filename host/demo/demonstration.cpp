@@ -9,6 +9,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QTest>
 #include <QTextStream>
 #include <QTimer>
@@ -16,6 +17,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "demo/bodyfilesteps.h"
 #include "demo/demooperator.h"
 #include "demo/livechecks.h"
 #include "demo/plainframe.h"
@@ -56,12 +58,14 @@ class Demonstration {
   DemoBody prepared(const QString& description, const QString& file);
   int findNumber(const QString& description);
   std::vector<Point> backendMarkers(int number);
-  QAction* menuEntry() const;
+  QAction* menuEntry(const QString& text) const;
   void playDialog();
   void adjustTable();
   void adjustCup();
   void adjustQuadrotor();
   void followLivePoses();
+  void useBodyFiles();
+  void compare(const QString& what, const std::vector<Point>& found, const std::vector<Point>& expected);
   bool writeReport();
   bool reportBody(QTextStream& text, const DemoBody& body) const;
 
@@ -119,13 +123,13 @@ std::vector<Point> Demonstration::backendMarkers(int number) {
   return markers;
 }
 
-QAction* Demonstration::menuEntry() const {
+QAction* Demonstration::menuEntry(const QString& text) const {
   for (QAction* menu : window_.menuBar()->actions()) {
     if (menu->menu() == nullptr) {
       continue;
     }
     for (QAction* entry : menu->menu()->actions()) {
-      if (QString(entry->text()).remove(QLatin1Char('&')) == QLatin1String("Body adjustment")) {
+      if (QString(entry->text()).remove(QLatin1Char('&')) == text) {
         return entry;
       }
     }
@@ -224,6 +228,28 @@ void Demonstration::followLivePoses() {
   add(editEmissions(operator_, window_.channel(), active + QStringLiteral(" ("), findNumber(active)));
 }
 
+void Demonstration::compare(const QString& what, const std::vector<Point>& found, const std::vector<Point>& expected) {
+  double worst = found.size() == expected.size() && !found.empty() ? 0.0 : HUGE_VAL;
+  for (std::size_t i = 0; i < found.size() && i < expected.size(); ++i) {
+    worst = qMax(worst, distance(found[i], expected[i]));
+  }
+  checks_.push_back({what, worst, agreement, QStringLiteral("mm")});
+}
+
+// The adjusted quadrotor goes into a file; the quadrotor's own file comes back in.
+void Demonstration::useBodyFiles() {
+  const QString exported = QDir(dir_).filePath(QStringLiteral("exported.body"));
+  QFile::remove(exported);
+  workBodyFileDialog(operator_, menuEntry(QStringLiteral("Export body file...")), quadrotor_.listed(), exported,
+                     QStringLiteral("quadrotor_exported"));
+  compare(QStringLiteral("Quadrotor exported: the file's markers are off those of the backend by"),
+          readMarkerPositions(exported), quadrotor_.after);
+  workBodyFileDialog(operator_, menuEntry(QStringLiteral("Import body file...")), quadrotor_.listed(),
+                     QDir(bodyFiles_).filePath(quadrotor_.file), QStringLiteral("quadrotor_imported"));
+  compare(QStringLiteral("Quadrotor imported: the backend's markers are off those of the file by"),
+          backendMarkers(quadrotor_.number), quadrotor_.original);
+}
+
 void Demonstration::playDialog() {
   QWidget* dialog = QApplication::activeModalWidget();
   if (dialog == nullptr) {
@@ -290,7 +316,7 @@ bool Demonstration::writeReport() {
   for (const DemoBody* body : {&table_, &cup_, &quadrotor_}) {
     agrees = reportBody(text, *body) && agrees;
   }
-  text << "\nLive poses, emissions\n";
+  text << "\nLive poses, emissions, body files\n";
   for (const DemoCheck& check : checks_) {
     text << (check.good() ? "agrees   " : "DIFFERS  ") << check.what << " " << QString::number(check.off, 'f', 6) << " "
          << check.unit << "\n";
@@ -309,6 +335,7 @@ int Demonstration::run() {
     std::fprintf(stderr, "korvex2-frontend: the folder %s cannot be made\n", qPrintable(dir_));
     return 1;
   }
+  QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QDir(dir_).filePath(QStringLiteral("settings")));
   window_.show();
   if (!QTest::qWaitForWindowExposed(&window_)) {
     operator_.complain(QStringLiteral("the window cannot be seen"));
@@ -317,7 +344,7 @@ int Demonstration::run() {
   table_ = prepared(QStringLiteral("Table"), QStringLiteral("table.body"));
   cup_ = prepared(QStringLiteral("Cup"), QStringLiteral("cup.body"));
   quadrotor_ = prepared(QStringLiteral("Quadrotor"), QStringLiteral("quadrotor_standard.body"));
-  QAction* entry = menuEntry();
+  QAction* entry = menuEntry(QStringLiteral("Body adjustment"));
   if (entry == nullptr) {
     operator_.complain(QStringLiteral("there is no menu entry \"Body adjustment\""));
   }
@@ -327,6 +354,7 @@ int Demonstration::run() {
     operator_.takePicture(&window_, QStringLiteral("frontend_afterwards"));
     cup_.after = backendMarkers(cup_.number);
     quadrotor_.after = backendMarkers(quadrotor_.number);
+    useBodyFiles();
   }
   const bool good = writeReport();
   for (const QString& problem : operator_.problems()) {

@@ -54,14 +54,16 @@ void DemoOperator::takePicture(QWidget* window, const QString& name) {
   }
 }
 
-void DemoOperator::chooseBody(const QString& description) {
-  auto* list = find<QComboBox>(QStringLiteral("body_name"));
+void DemoOperator::chooseBody(const QString& description) { chooseEntry(QStringLiteral("body_name"), description); }
+
+void DemoOperator::chooseEntry(const QString& listName, const QString& description) {
+  auto* list = find<QComboBox>(listName);
   if (list == nullptr) {
     return;
   }
   const int row = list->findText(description, Qt::MatchStartsWith);
   if (row < 0) {
-    complain(QStringLiteral("there is no body %1 in the list").arg(description));
+    complain(QStringLiteral("there is no %1 in the list").arg(description));
     return;
   }
   QTest::mouseClick(list, Qt::LeftButton);

@@ -36,6 +36,8 @@ class DemoOperator {
 
   /// Opens the list of bodies and clicks the entry that begins with `description`.
   void chooseBody(const QString& description);
+  /// The same in any list.
+  void chooseEntry(const QString& listName, const QString& beginning);
   void press(const QString& button);
   /// Presses a button that opens a window, and works that window when it is there.
   void pressAndAnswer(const QString& button, const std::function<void(QWidget*)>& act);
