@@ -13,18 +13,18 @@ namespace korvex2 {
 
 BodyFileActions::BodyFileActions(BackendConnection& connection, MainWindow& window)
     : QObject(&window), connection_(connection), window_(window) {
-  auto* import = new QAction(tr("&Import body file..."), this);
-  import->setObjectName(QStringLiteral("importBodyFile"));
-  import->setStatusTip(tr("Replace the markers of a body by those of a file"));
-  connect(import, &QAction::triggered, this, &BodyFileActions::importFile);
+  auto* fromFile = new QAction(tr("&Import body file..."), this);
+  fromFile->setObjectName(QStringLiteral("importBodyFile"));
+  fromFile->setStatusTip(tr("Replace the markers of a body by those of a file"));
+  connect(fromFile, &QAction::triggered, this, &BodyFileActions::importFile);
   auto* toFile = new QAction(tr("&Export body file..."), this);
   toFile->setObjectName(QStringLiteral("exportBodyFile"));
   toFile->setStatusTip(tr("Write the markers of a body to a file"));
   connect(toFile, &QAction::triggered, this, &BodyFileActions::exportFile);
   const bool offered = connection_.bodyFiles() != nullptr;
-  import->setEnabled(offered);
+  fromFile->setEnabled(offered);
   toFile->setEnabled(offered);
-  window_.addFileEntries({import, toFile});
+  window_.addFileEntries({fromFile, toFile});
 }
 
 void BodyFileActions::importFile() {

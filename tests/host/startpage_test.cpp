@@ -93,3 +93,22 @@ TEST_F(Page, OffersAButtonForEveryMenuEntry) {
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(page.findChildren<QPushButton*>().isEmpty());
 }
+
+TEST_F(Page, ASelectedBodyStaysSelectedInANewList) {
+  const BodySummary first{"standard", "Standard body", 1, "Cup", 5, true};
+  const BodySummary second{"standard", "Standard body", 2, "Table", 4, true};
+  const BodySummary device{"wandgrip", "Wandgrip", 2, "", 6, true};
+  page.setBodies({first, second, device});
+  EXPECT_FALSE(page.selectedBody().has_value());
+  page.resize(900, 500);
+  page.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&page));
+  auto* tree = page.findChild<QTreeWidget*>("bodies");
+  QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualItemRect(tree->topLevelItem(1)).center());
+  EXPECT_TRUE(page.selectedBody() == (BodyId{"standard", 2}));
+  page.setBodies({device, first, {"standard", "Standard body", 2, "Desk", 7, true}});
+  EXPECT_TRUE(page.selectedBody() == (BodyId{"standard", 2}));
+  EXPECT_EQ(tree->selectedItems().value(0), tree->topLevelItem(2));
+  page.setBodies({device, first});
+  EXPECT_FALSE(page.selectedBody().has_value());
+}
