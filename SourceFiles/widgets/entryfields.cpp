@@ -2,6 +2,7 @@
 #include "entryfields.h"
 
 #include <QFocusEvent>
+#include <QLineEdit>
 #include <QLocale>
 #include <QPointer>
 #include <QWheelEvent>
@@ -24,6 +25,14 @@ QValidator::State EntrySpinBox::validate(QString& text, int& pos) const {
     text[point] = mark;
   }
   return QDoubleSpinBox::validate(text, pos);
+}
+
+void EntrySpinBox::focusOutEvent(QFocusEvent* event) {
+  const QPointer<EntrySpinBox> self(this);  // whoever hears of the entry's end may delete it
+  QDoubleSpinBox::focusOutEvent(event);
+  if (self != nullptr) {
+    lineEdit()->deselect();
+  }
 }
 
 ThumbWheel::ThumbWheel(QWidget* parent, std::function<void()> released, std::function<void(Qt::FocusReason)> focusLost)

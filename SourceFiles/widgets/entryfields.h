@@ -19,6 +19,10 @@ class EntrySpinBox final : public QDoubleSpinBox {
   using QDoubleSpinBox::QDoubleSpinBox;
 
   QValidator::State validate(QString& text, int& pos) const override;
+
+ protected:
+  /// Return selects the text and ends the entry; a field that stayed selected would look as if it had the focus.
+  void focusOutEvent(QFocusEvent* event) override;
 };
 
 /// Thumb wheel that also tells of every release and of the loss of the focus, and that gathers fine scrolling.

@@ -322,3 +322,18 @@ TEST(XyzWidget, WheelDragIsOneBracketWithTheTriple) {
   release(wheel);
   EXPECT_THAT(take(&log), ElementsAre("begin", "value 0 0 " + turned, "finished", "value 0 0 0"));
 }
+
+TEST(XyzWidget, AFieldThatWasLeftWithReturnShowsNoSelection) {
+  auto* const widget = new xyzWidget(nullptr, bsDoubleSpin, 0.0, 100.0, false);
+  EntryWindow window(widget);
+  ASSERT_TRUE(window.activate());
+  QDoubleSpinBox* const field = spinOf(fieldsOf(widget)[0]);
+  auto* const text = field->findChild<QLineEdit*>();
+  field->setFocus();
+  field->selectAll();
+  ASSERT_TRUE(text->hasSelectedText());
+  QTest::keyClicks(field, "14");
+  QTest::keyClick(field, Qt::Key_Return);
+  EXPECT_FALSE(field->hasFocus());
+  EXPECT_FALSE(text->hasSelectedText());
+}
