@@ -276,6 +276,14 @@ Outcome setOutput(Interpreter& interpreter, A a) {
   return Outcome::done();
 }
 
+Outcome setDescription(Interpreter& interpreter, A a) {
+  const QString description = QString::fromUtf8(a.text);
+  if (description.toUtf8() != a.text) {  // a byte order mark at the front would be lost without a word
+    return badValue(QStringLiteral("the description has characters that cannot be kept"));
+  }
+  return interpreter.database().setDescription(a.key, description);
+}
+
 Outcome setTargetType(Interpreter& interpreter, A a) {
   QByteArray word = a.text;
   if (word.size() > 2 && word.startsWith('\'') && word.endsWith('\'')) {
@@ -299,8 +307,7 @@ const Table<Effect>& settings() {
        [](Interpreter& i, A a) { return i.database().setMultiuserWithHeadAvailable(a.flag); }},
       {"wandgrip multiuser_with_head %flag",
        [](Interpreter& i, A a) { return i.database().setMultiuserWithHead(a.flag); }},
-      {"body desc %type %body %text",
-       [](Interpreter& i, A a) { return i.database().setDescription(a.key, QString::fromUtf8(a.text)); }},
+      {"body desc %type %body %text", &setDescription},
       {"body target_type %type %body %text", &setTargetType},
       {"body calibrated %type %body %flag",
        [](Interpreter& i, A a) { return i.database().setCalibrated(a.key, a.flag); }},

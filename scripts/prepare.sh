@@ -8,6 +8,8 @@ packages=(
   libgtest-dev libgmock-dev
   xvfb xauth fonts-dejavu-core locales
 )
+# What ./test --long needs besides.
+fuzzing_packages=(clang libclang-rt-14-dev)
 
 install_missing_packages() {
   local missing=() name

@@ -75,9 +75,14 @@ void skipEndOfCountLine(std::istream& in) {
 
 bool isLinesHeader(const std::string& piece) { return piece == "# Lines" || piece == "# Lines\r"; }
 
+/// Whether the text directly behind a number would be read as a part of it once the number is written in another form:
+/// "1.0" and ".5" would become "1.5".
+bool couldContinueNumber(std::istream& in) {
+  return !atEnd(in) && (in.peek() == '.' || in.peek() == 'e' || in.peek() == 'E');
+}
+
 /// Reads the free text. Returns whether it ended with the header of the lines; a file may do without.
 bool readText(std::istream& in, std::string& text) {
-  text.clear();
   while (!atEnd(in)) {
     const std::string piece = readPiece(in);
     text += piece;
@@ -167,6 +172,9 @@ BodyFileResult readBody(std::istream& in, BodyFileContent& content) {
       return {BodyFileError::Position, i + 1ul};
     }
     content.positions.push_back(position);
+  }
+  if (*count > 0 && couldContinueNumber(in)) {
+    content.text = "\n";
   }
   const bool hasLines = readText(in, content.text);
   if (in.bad()) {
