@@ -132,7 +132,7 @@ void BodyAdjustmentDialog::fill_comb_box() {
     ui_->error_label->clear();
     ui_->error_label->hide();
   }
-  for (const korvex2::CatalogueEntry& entry : korvex2::listBodies(backend_).entries) {
+  for (const korvex2::SelectorEntry& entry : korvex2::listBodies(backend_).entries) {
     ui_->body_name->insertItem(ui_->body_name->count(), QIcon(), entry.text, entry.data);
   }
   ui_->body_name->setCurrentIndex(-1);

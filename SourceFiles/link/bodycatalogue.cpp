@@ -37,7 +37,7 @@ bool describeData(BackendChannel& channel, const QByteArray& type, int number, Q
   return true;
 }
 
-bool listBodiesOfType(BackendChannel& channel, const QByteArray& type, std::vector<CatalogueEntry>& entries) {
+bool listBodiesOfType(BackendChannel& channel, const QByteArray& type, std::vector<SelectorEntry>& entries) {
   int count = 0;
   if (!channel.numberOfListedBodies(type, count)) {
     return false;
@@ -52,7 +52,7 @@ bool listBodiesOfType(BackendChannel& channel, const QByteArray& type, std::vect
   }
   const QString typeText = without(QLatin1Char('"'), answer);
   for (int number = 1; number <= count; ++number) {
-    CatalogueEntry entry;
+    SelectorEntry entry;
     if (!describeData(channel, type, number, entry.data) || !channel.bodyDescription(type, number, answer)) {
       return false;
     }
@@ -66,7 +66,7 @@ bool listBodiesOfType(BackendChannel& channel, const QByteArray& type, std::vect
   return true;
 }
 
-bool listTypes(BackendChannel& channel, std::vector<CatalogueEntry>& entries) {
+bool listTypes(BackendChannel& channel, std::vector<SelectorEntry>& entries) {
   int count = 0;
   if (!channel.numberOfTypes(count)) {
     return false;
@@ -99,12 +99,12 @@ CatalogueListing listBodies(BackendChannel& channel) {
   return listing;
 }
 
-std::optional<BodyKey> parseEntryData(const QString& data) {
+std::optional<SelectedBody> parseEntryData(const QString& data) {
   const QStringList parts = data.split(separator);
   if (parts.size() < 4) {
     return std::nullopt;
   }
-  BodyKey key;
+  SelectedBody key;
   key.type = parts.at(0);
   key.number = parts.at(1).toInt();
   key.calibrated = parts.at(2) == QLatin1String("calibrated");

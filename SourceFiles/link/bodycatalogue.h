@@ -12,18 +12,18 @@ namespace korvex2 {
 class BackendChannel;
 
 /// One entry of the body selector.
-struct CatalogueEntry {
+struct SelectorEntry {
   QString text;  ///< what the operator reads: "Head (Standard body 01)"
-  QString data;  ///< what it stands for: "standard|1|calibrated|tt_std", see BodyKey
+  QString data;  ///< what it stands for: "standard|1|calibrated|tt_std", see SelectedBody
 };
 
 struct CatalogueListing {
-  std::vector<CatalogueEntry> entries;  ///< in the backend's order
-  bool complete = false;                ///< false: a query failed (and was reported), the entries before it are here
+  std::vector<SelectorEntry> entries;  ///< in the backend's order
+  bool complete = false;               ///< false: a query failed (and was reported), the entries before it are here
 };
 
 /// The body that an entry stands for.
-struct BodyKey {
+struct SelectedBody {
   QString type;    ///< type name as the backend spells it
   int number = 0;  ///< number within the type, counting from 1
   bool calibrated = false;
@@ -36,7 +36,7 @@ CatalogueListing listBodies(BackendChannel& channel);
 
 /// Reads an entry's data back. Nothing for data of fewer than four parts: the caller then has an empty type, number 0,
 /// not calibrated, and keeps the target type it had.
-std::optional<BodyKey> parseEntryData(const QString& data);
+std::optional<SelectedBody> parseEntryData(const QString& data);
 
 /// Whether the data are those of the body that another module names by "type|number".
 bool matchesKey(const QString& data, const QString& bodyKey);

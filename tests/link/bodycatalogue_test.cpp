@@ -5,11 +5,11 @@
 
 #include "linkfixture.h"
 
-using korvex2::BodyKey;
 using korvex2::CatalogueListing;
 using korvex2::listBodies;
 using korvex2::matchesKey;
 using korvex2::parseEntryData;
+using korvex2::SelectedBody;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
