@@ -4,7 +4,7 @@
 #include "abcBody.h"
 #include "bodyfile.h"
 
-using korvex2::BodyFileContent;
+using korvex2::BodyFileData;
 using korvex2::BodyFileError;
 using korvex2::BodyFileResult;
 
@@ -59,7 +59,7 @@ bool abcBody::load(const std::vector<bsVector>* positions) {
 
 bool abcBody::load(const QString& path) {
   initializeIfUsed();
-  BodyFileContent content;
+  BodyFileData content;
   const BodyFileResult result = korvex2::readBodyFile(path, content);
   if (!result) {
     warn(tr("Error loading body"), readingError(result, path));
@@ -77,7 +77,7 @@ bool abcBody::load(const QString& path) {
 }
 
 bool abcBody::save(const QString& path) {
-  BodyFileContent content;
+  BodyFileData content;
   content.positions = give_new_data();
   content.text = secondText_.isEmpty() ? korvex2::emptyBodyFileText : secondText_.toLatin1().toStdString();
   for (const abcLine* line : lines_) {

@@ -95,7 +95,7 @@ bool readText(std::istream& in, std::string& text) {
   return false;
 }
 
-BodyFileResult readLines(std::istream& in, BodyFileContent& content) {
+BodyFileResult readLines(std::istream& in, BodyFileData& content) {
   const std::optional<unsigned int> count = readUnsigned(in);
   if (!count) {
     return {BodyFileError::LineCount, 0};
@@ -153,8 +153,8 @@ bool put(QIODevice& out, const std::string& bytes) {
 
 const char* const emptyBodyFileText = "\n# Lines\n";
 
-BodyFileResult readBody(std::istream& in, BodyFileContent& content) {
-  content = BodyFileContent();
+BodyFileResult readBody(std::istream& in, BodyFileData& content) {
+  content = BodyFileData();
   in.imbue(std::locale::classic());
   const std::optional<unsigned int> count = readUnsigned(in);
   if (!count) {
@@ -183,20 +183,20 @@ BodyFileResult readBody(std::istream& in, BodyFileContent& content) {
   return hasLines ? readLines(in, content) : BodyFileResult();
 }
 
-BodyFileResult readBodyFile(const QString& path, BodyFileContent& content) {
+BodyFileResult readBodyFile(const QString& path, BodyFileData& content) {
   // Where a directory opens like a file, reading it fails in a way that names the wrong reason.
   std::ifstream in;
   if (!QFileInfo(path).isDir()) {
     in.open(QFile::encodeName(path).constData(), std::ios::in | std::ios::binary);
   }
   if (!in.is_open()) {
-    content = BodyFileContent();
+    content = BodyFileData();
     return {BodyFileError::Open, 0};
   }
   return readBody(in, content);
 }
 
-BodyFileResult writeBody(QIODevice& out, const BodyFileContent& content) {
+BodyFileResult writeBody(QIODevice& out, const BodyFileData& content) {
   Text text;
   text << content.positions.size() << "\n";
   if (!put(out, text.take())) {
@@ -226,7 +226,7 @@ BodyFileResult writeBody(QIODevice& out, const BodyFileContent& content) {
   return {};
 }
 
-BodyFileResult writeBodyFile(const QString& path, const BodyFileContent& content) {
+BodyFileResult writeBodyFile(const QString& path, const BodyFileData& content) {
   const QFileInfo target(path);
   if (target.exists() && !target.isFile()) {
     // A device is written to, not replaced by a file; a directory does not open.

@@ -31,7 +31,7 @@ namespace korvex2 {
 ///
 /// A line of text that ends with carriage return and newline counts as the section's header, too (a file that has been
 /// on another system); the text itself is kept byte for byte.
-struct BodyFileContent {
+struct BodyFileData {
   /// Millimetres, in the body's coordinates.
   std::vector<bsVector> positions;
   /// The text between the last marker and the number of lines, "# Lines" and its newline included, byte for byte.
@@ -65,16 +65,16 @@ struct BodyFileResult {
 
 /// Reads the file at `path`. On failure `content` holds what had been read so far and is of no use.
 /// Fails with Open, MarkerCount, SingleMarker, Position, LineCount or Line.
-BodyFileResult readBodyFile(const QString& path, BodyFileContent& content);
+BodyFileResult readBodyFile(const QString& path, BodyFileData& content);
 /// The same from an open stream. Takes memory only for what is there, whatever the counts in it claim.
-BodyFileResult readBody(std::istream& in, BodyFileContent& content);
+BodyFileResult readBody(std::istream& in, BodyFileData& content);
 
 /// Writes the file at `path`. An existing file is replaced only when everything has been written, so a failure leaves
 /// it as it was. Fails with Open, MarkerCount, Position, Line or End.
-BodyFileResult writeBodyFile(const QString& path, const BodyFileContent& content);
+BodyFileResult writeBodyFile(const QString& path, const BodyFileData& content);
 /// The same onto an open device; each part has left the device's buffer before the next is written, so a failure is
 /// reported for the part that it hit. A position that is not finite is refused: it could not be read again.
-BodyFileResult writeBody(QIODevice& out, const BodyFileContent& content);
+BodyFileResult writeBody(QIODevice& out, const BodyFileData& content);
 
 }  // namespace korvex2
 

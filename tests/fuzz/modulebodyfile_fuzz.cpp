@@ -8,7 +8,7 @@
 #include "bodyfile.h"
 #include "fuzztarget.h"
 
-using korvex2::BodyFileContent;
+using korvex2::BodyFileData;
 using korvex2::BodyFileError;
 using korvex2::BodyFileResult;
 
@@ -29,7 +29,7 @@ std::string checkFailure(const BodyFileResult& result) {
   return numbered == (result.number > 0) ? std::string() : "an error with a number that it does not have";
 }
 
-std::string checkContent(const BodyFileContent& content) {
+std::string checkContent(const BodyFileData& content) {
   if (content.positions.size() == 1) {
     return "a body of one marker was accepted";
   }
@@ -52,7 +52,7 @@ std::string checkContent(const BodyFileContent& content) {
   return endsWith(end) || endsWith(otherEnd) ? std::string() : "the text does not end with the header of the lines";
 }
 
-std::string checkSame(const BodyFileContent& before, const BodyFileContent& after) {
+std::string checkSame(const BodyFileData& before, const BodyFileData& after) {
   if (after.text != before.text || after.lines != before.lines || after.positions.size() != before.positions.size()) {
     return "text, lines or number of markers changed by writing";
   }
@@ -66,12 +66,12 @@ std::string checkSame(const BodyFileContent& before, const BodyFileContent& afte
   return {};
 }
 
-BodyFileResult read(const std::string& text, BodyFileContent& content) {
+BodyFileResult read(const std::string& text, BodyFileData& content) {
   std::istringstream in(text);
   return korvex2::readBody(in, content);
 }
 
-bool write(const BodyFileContent& content, std::string& text) {
+bool write(const BodyFileData& content, std::string& text) {
   QBuffer buffer;
   const bool written = buffer.open(QIODevice::WriteOnly) && static_cast<bool>(korvex2::writeBody(buffer, content));
   text = buffer.data().toStdString();
@@ -81,7 +81,7 @@ bool write(const BodyFileContent& content, std::string& text) {
 }  // namespace
 
 int fuzzOne(const std::uint8_t* data, std::size_t size) {
-  BodyFileContent content;
+  BodyFileData content;
   const BodyFileResult result = read(fuzzText(data, size), content);
   if (!result) {
     const std::string problem = checkFailure(result);
@@ -92,7 +92,7 @@ int fuzzOne(const std::uint8_t* data, std::size_t size) {
     return fuzzProblem(problem);
   }
   std::string written;
-  BodyFileContent again;
+  BodyFileData again;
   if (!write(content, written) || !read(written, again)) {
     return fuzzProblem("what was read cannot be written and read again");
   }

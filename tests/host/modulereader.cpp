@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
   if (arguments.size() < 3) {
     return 2;
   }
-  korvex2::BodyFileContent content;
+  korvex2::BodyFileData content;
   if (!korvex2::readBodyFile(arguments[2], content)) {
     return 1;
   }

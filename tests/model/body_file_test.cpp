@@ -13,7 +13,7 @@
 
 namespace {
 
-using korvex2::BodyFileContent;
+using korvex2::BodyFileData;
 using korvex2::BodyFileError;
 using korvex2::BodyFileResult;
 
@@ -21,7 +21,7 @@ using Lines = std::vector<std::pair<unsigned int, unsigned int>>;
 
 struct Read {
   BodyFileResult result;
-  BodyFileContent content;
+  BodyFileData content;
 };
 
 Read read(const std::string& bytes) {
@@ -31,7 +31,7 @@ Read read(const std::string& bytes) {
   return done;
 }
 
-std::string written(const BodyFileContent& content) {
+std::string written(const BodyFileData& content) {
   QBuffer buffer;
   EXPECT_TRUE(buffer.open(QIODevice::WriteOnly));
   EXPECT_TRUE(korvex2::writeBody(buffer, content));
@@ -231,7 +231,7 @@ TEST(BodyFileReading, LeavesWhatFollowsTheLines) {
 
 TEST(BodyFileReading, OfAFileThatCannotBeOpenedFails) {
   const Folder folder;
-  BodyFileContent content;
+  BodyFileData content;
   EXPECT_EQ(failure(korvex2::readBodyFile(folder.path("missing.body"), content)), "open");
   EXPECT_EQ(failure(korvex2::readBodyFile(folder.path(""), content)), "open") << "a folder";
   EXPECT_EQ(failure(korvex2::readBodyFile("", content)), "open");
@@ -240,7 +240,7 @@ TEST(BodyFileReading, OfAFileThatCannotBeOpenedFails) {
 // --- writing ---
 
 TEST(BodyFileWriting, PutsThePartsTogetherWithNothingInBetween) {
-  BodyFileContent content;
+  BodyFileData content;
   content.positions = {{1, 2, 3}, {-4.5, 0.25, 1e-5}};
   content.text = "\nnote\n# Lines\n";
   content.lines = {{0, 1}, {1, 0}};
@@ -251,14 +251,14 @@ TEST(BodyFileWriting, PutsThePartsTogetherWithNothingInBetween) {
 }
 
 TEST(BodyFileWriting, HasSixSignificantDigits) {
-  BodyFileContent content;
+  BodyFileData content;
   content.positions = {{1234567.0, 0.000012345678, -1.0 / 3.0}, {100000.0, 1000000.0, 123.4561}};
   EXPECT_EQ(written(content), "2\n1.23457e+06 1.23457e-05 -0.333333\n100000 1e+06 123.4560\n");
 }
 
 TEST(BodyFileWriting, UsesTheDecimalPointAndNoGroupingUnderEveryLocale) {
   const CommaLocale comma;
-  BodyFileContent content;
+  BodyFileData content;
   content.positions = std::vector<bsVector>(1234, bsVector(0.5, 0.0, 0.0));
   content.text = korvex2::emptyBodyFileText;
   content.lines = {{1000, 1233}};
@@ -271,7 +271,7 @@ TEST(BodyFileWriting, UsesTheDecimalPointAndNoGroupingUnderEveryLocale) {
 }
 
 TEST(BodyFileWriting, RefusesAPositionThatCouldNotBeReadAgain) {
-  BodyFileContent content;
+  BodyFileData content;
   content.positions = {{1, 2, 3}, {4, std::numeric_limits<double>::quiet_NaN(), 6}};
   QBuffer buffer;
   ASSERT_TRUE(buffer.open(QIODevice::WriteOnly));
@@ -306,7 +306,7 @@ class Disk : public QIODevice {
 };
 
 TEST(BodyFileWriting, NamesThePartAtWhichTheDiskIsFull) {
-  BodyFileContent content;
+  BodyFileData content;
   content.positions = {{1, 2, 3}, {4, 5, 6}};
   content.text = "\n# Lines\n";
   content.lines = {{0, 1}, {1, 0}};
