@@ -193,6 +193,7 @@ bool BodyAdjustmentDialog::load_geometry(Geometry geometry) {
   canvas_->set_view(saved_view_);
   if (ui_->online_checkbox->isChecked()) {
     canvas_->setOnline(true);
+    disableRoomButtons(*ui_);  // until a pose of what was loaded is shown: the canvas starts without one
   }
   return true;
 }

@@ -7,17 +7,23 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
+#include <QDoubleSpinBox>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
 #include <atomic>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "bodydatabase.h"
+#include "demo/livechecks.h"
+#include "demo/plainframe.h"
 #include "embeddedconnection.h"
 #include "frontend.h"
 #include "requester.h"
@@ -28,6 +34,8 @@ using namespace korvex2;
 
 constexpr int linesPerSecond = 1000;
 constexpr int watchdogMs = 60000;
+constexpr double allowedDegrees = 0.01;
+constexpr double allowedMillimetres = 0.01;  // an apply sends three decimals
 
 class CountingRequester : public Requester {
  public:
@@ -134,6 +142,69 @@ TEST_F(LiveSession, SurvivesBodiesSwitchedFollowedAndLeftWhileLinesCome) {
   EXPECT_GT(afterwards, 100);
   QTest::qWait(50);
   EXPECT_EQ(counter.lines, afterwards) << "a line came after the subscription had ended";
+}
+
+// The table stands still and tilted. Each operation, once applied, must show in the next live pose.
+TEST_F(LiveSession, AlignsABodyAtRestWithTheRoomToAHundredthOfADegree) {
+  constexpr int tableRow = 1;
+  constexpr int tableNumber = 2;
+  inDialog([this](QWidget* dialog) {
+    PoseListener listener(frontend->channel());
+    const auto nextPose = [&listener] {
+      listener.forget();
+      EXPECT_TRUE(QTest::qWaitFor([&listener] { return listener.pose(tableNumber).has_value(); }, 5000));
+      return listener.pose(tableNumber).value_or(RoomPose());
+    };
+    const auto markers = [this] {
+      std::vector<Point> positions(4);
+      for (int marker = 1; marker <= 4; ++marker) {
+        EXPECT_EQ(frontend->channel().get_reals(positions[static_cast<std::size_t>(marker - 1)].data(), 3,
+                                                "body marker standard b%02d m%02d", tableNumber, marker),
+                  0);
+      }
+      return positions;
+    };
+    choose(dialog, tableRow);
+    press(dialog, "online_checkbox");
+    for (const char* button : {"adjust_axes_to_room_button", "pushButton_due_to_room", "pushButton_due_to_room_0"}) {
+      // Away from the room first, by typed turns.
+      dialog->findChild<QTabWidget*>("tabWidget")->setCurrentIndex(0);
+      const auto fields = dialog->findChild<QWidget*>("body_ori_xyzWidget")->findChildren<QDoubleSpinBox*>();
+      fields[0]->setFocus();
+      fields[0]->selectAll();
+      QTest::keyClicks(fields[0], "37");
+      QTest::keyClick(fields[0], Qt::Key_Return);
+      press(dialog, "apply_button");
+      const RoomPose before = nextPose();
+      EXPECT_GT(before.angleToRoom(), 1.0) << button;
+      const std::vector<Point> old = markers();
+
+      auto* control = dialog->findChild<QAbstractButton*>(button);
+      dialog->findChild<QTabWidget*>("tabWidget")->setCurrentIndex(qstrncmp(button, "push", 4) == 0 ? 1 : 0);
+      ASSERT_TRUE(QTest::qWaitFor([control] { return control->isEnabled(); }, 5000)) << button;
+      press(dialog, button);
+      press(dialog, "apply_button");
+      const RoomPose after = nextPose();
+      EXPECT_LT(after.angleToRoom(), allowedDegrees) << button;
+      const std::vector<Point> now = markers();
+      for (std::size_t i = 0; i < 4; ++i) {  // the markers stay where they are in the room
+        EXPECT_LT(distance(before.inRoom(old[i]), after.inRoom(now[i])), allowedMillimetres) << button << " " << i;
+      }
+      Point origin = before.position;
+      if (button == std::string("pushButton_due_to_room")) {
+        origin = before.inRoom(mean(old));
+      } else if (button == std::string("pushButton_due_to_room_0")) {
+        PlainFrame body;
+        body.followBody(old);
+        for (const Point& marker : old) {  // marker 1 is where the body's own frame has its origin
+          if (distance(body.coordinatesOf(marker), Point{}) < 1e-9) {
+            origin = before.inRoom(marker);
+          }
+        }
+      }
+      EXPECT_LT(distance(after.position, origin), allowedMillimetres) << button;
+    }
+  });
 }
 
 TEST_F(LiveSession, EndsWhileLinesComeAndTheDialogWasFollowed) {
