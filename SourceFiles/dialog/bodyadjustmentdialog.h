@@ -204,7 +204,6 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   void connect_view_widgets();
   void connect_body_widgets();
   void default_menu_setting();
-  void set_display_entries();
 
   // opening and closing
   void ask_backend_state();
@@ -221,7 +220,6 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   bool is_shown_already(int row) const;
   void show_no_body();
   bool leave_modified_body(int nextIndex);
-  void show_calibrated_body(const ChosenBody& previous);
   void show_uncalibrated_body();
   bool load_geometry(Geometry geometry);
   void unload_body_keeping_view();

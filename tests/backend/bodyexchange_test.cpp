@@ -339,8 +339,8 @@ TEST_F(BodyExchange, EveryDigitSurvivesTheWayOutAndIn) {
 
 TEST_F(BodyExchange, NumbersHaveADecimalPointInEveryLocale) {
   const QByteArray usual = exported(cup);
-  const korvex2_test::CommaLocale comma;
-  ASSERT_TRUE(korvex2_test::CommaLocale::inForce());
+  const CommaLocale comma;
+  ASSERT_TRUE(comma.ready());
   EXPECT_EQ(usual, exported(cup));
   ASSERT_TRUE(take(phone, usual));
   EXPECT_EQ((Vector3{{-16.4095, 43.2385, -7.37501}}), database->find(phone)->markers[0].position);

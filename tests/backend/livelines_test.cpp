@@ -259,8 +259,8 @@ TEST_F(LiveLinesTest, DevicesInTheNewFormatNeverLoseTheirPlace) {
 TEST_F(LiveLinesTest, NumbersHaveAPointUnderACommaLocale) {
   command("set output active chmon 6dw2 yes");
   const std::vector<QByteArray> expected = frame(12, 3.25);
-  const korvex2_test::CommaLocale comma;
-  ASSERT_TRUE(korvex2_test::CommaLocale::inForce());
+  const CommaLocale comma;
+  ASSERT_TRUE(comma.ready());
   EXPECT_EQ(frame(12, 3.25), expected);
 }
 

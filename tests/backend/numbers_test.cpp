@@ -70,8 +70,8 @@ TEST_F(CommaCountry, AnswersSettingsAndFilesAreTheSameAsEverywhere) {
   open();
   const std::string answers = dump();
   const QMap<QString, QByteArray> files = korvex2_test::allFiles(folder());
-  const korvex2_test::CommaLocale comma;
-  ASSERT_TRUE(korvex2_test::CommaLocale::inForce()) << "localedef made no locale with a decimal comma";
+  const CommaLocale comma;
+  ASSERT_TRUE(comma.ready()) << "localedef made no locale with a decimal comma";
   copyAgain();
   EXPECT_EQ("", problems());
   for (const char* line : lines) {

@@ -105,8 +105,8 @@ TEST(Trajectory, MakesRoundedQuaternionsUnit) {
 }
 
 TEST(Trajectory, ReadsNumbersWithAPointUnderACommaLocale) {
-  const korvex2_test::CommaLocale comma;
-  ASSERT_TRUE(korvex2_test::CommaLocale::inForce());
+  const CommaLocale comma;
+  ASSERT_TRUE(comma.ready());
   const TrajectoryContent content = parseTrajectory("0.5 1.5 0 0 0 0 0 1\n1.25 0 0 0 0 0 0 1\n");
   ASSERT_TRUE(content.trajectory) << content.problem.toStdString();
   EXPECT_EQ(content.trajectory->duration(), 0.75);

@@ -63,7 +63,7 @@ TEST(LiveNumbers, AreReadWithADecimalPoint) { expectNumbersWithDecimalPoint(); }
 
 TEST(LiveNumbers, AreReadWithADecimalPointUnderACommaLocale) {
   const CommaLocale german;
-  ASSERT_TRUE(german.ok());
+  ASSERT_TRUE(german.ready());
   ASSERT_EQ(std::strtod("1.5", nullptr), 1.0) << "the C library's own reading must stop at the point here";
   expectNumbersWithDecimalPoint();
 }

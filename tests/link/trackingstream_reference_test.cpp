@@ -176,6 +176,6 @@ TEST(DamagedLines, AreReadAsThePlainReferenceReadsThem) { compareOnDamagedLines(
 
 TEST(DamagedLines, AreReadAsThePlainReferenceReadsThemUnderACommaLocale) {
   const CommaLocale german;
-  ASSERT_TRUE(german.ok());
+  ASSERT_TRUE(german.ready());
   compareOnDamagedLines(4711);
 }
