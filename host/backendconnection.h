@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <functional>
 
 namespace korvex2 {
 
@@ -25,6 +26,24 @@ struct LiveStatus {
   bool offered = false;     ///< whether the connection brings live lines at all
   bool measuring = false;   ///< whether a measurement runs
   std::uint64_t lines = 0;  ///< handed to subscribers so far
+
+  // What came over a network and was of no use, since the connection was last made:
+  std::uint64_t droppedDatagrams = 0;  ///< foreign, repeated, out of order, or without a frame number
+  std::uint64_t droppedLines = 0;      ///< cut off, too long, or not plain text
+};
+
+/// Whether the backend can be asked just now.
+enum class LinkState {
+  connected,
+  reconnecting,  ///< not connected, and tried again every few seconds
+  lost           ///< not connected for so long that somebody should look after it; still tried again now and then
+};
+
+/// How a connection stands, for the operator.
+struct LinkStatus {
+  LinkState state = LinkState::connected;
+  QString place;   ///< "127.0.0.1:27410"; empty for a backend inside this program
+  QString reason;  ///< while not connected: why, as part of a sentence ("the backend closed the connection")
 };
 
 /// A way to a backend: one line of text goes there, one line comes back.
@@ -39,7 +58,17 @@ class BackendConnection {
   /// Sends one protocol line and waits for its answer; neither carries a line end. The implementation bounds the wait.
   /// @return false when the line was not delivered or not answered; `answer` is meaningless then
   virtual bool exchange(const QByteArray& line, QByteArray& answer) = 0;
-  /// The backend's software version; zeros when it is not known.
+  /// While the backend is not connected, exchange() returns false at once.
+  virtual LinkStatus linkStatus() const { return {}; }
+  /// Has `listener` called whenever linkStatus() or version() has changed; an empty one ends that. It may be called
+  /// from within exchange(), and must neither call exchange() nor destroy the connection.
+  virtual void setLinkListener(std::function<void()> listener) { static_cast<void>(listener); }
+  /// Tries at once to connect again instead of waiting for the next attempt's time; nothing happens while connected.
+  virtual void tryAgain() {}
+  /// Whether other programs can change what the backend knows, so that what was read may be out of date.
+  virtual bool sharesBackend() const { return false; }
+
+  /// The backend's software version; zeros when it is not known. Another backend may answer after a reconnection.
   virtual BackendVersionNumber version() const = 0;
   /// What the operator reads as the place of the backend, for example "Simulated backend in this program".
   virtual QString description() const = 0;
