@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <optional>
 
+#include "bodyfileformat.h"
+#include "bodystate.h"
+#include "clientstate.h"
 #include "interpreter.h"
 #include "numbertext.h"
 
@@ -38,11 +41,13 @@ class FieldReader {
       Outcome (FieldReader::*take)(const QByteArray&);
     };
     static const Kind kinds[] = {
-        {"%type", &FieldReader::takeType},     {"%typenumber", &FieldReader::takeTypeNumber},
-        {"%body", &FieldReader::takeBody},     {"%marker", &FieldReader::takeMarker},
-        {"%count", &FieldReader::takeCount},   {"%flag", &FieldReader::takeFlag},
-        {"%real", &FieldReader::takeReal},     {"%version", &FieldReader::takeVersion},
-        {"%kind", &FieldReader::takeLineKind}, {"%text", &FieldReader::takeText},
+        {"%type", &FieldReader::takeType},       {"%typenumber", &FieldReader::takeTypeNumber},
+        {"%body", &FieldReader::takeBody},       {"%marker", &FieldReader::takeMarker},
+        {"%count", &FieldReader::takeCount},     {"%flag", &FieldReader::takeFlag},
+        {"%real", &FieldReader::takeReal},       {"%version", &FieldReader::takeVersion},
+        {"%kind", &FieldReader::takeLineKind},   {"%text", &FieldReader::takeText},
+        {"%channel", &FieldReader::takeChannel}, {"%port", &FieldReader::takePort},
+        {"%state", &FieldReader::takeState},     {"%file", &FieldReader::takeFile},
     };
     if (field.quoted && placeholder != "%text") {
       return badValue(QStringLiteral("a field is in double quotes that is no text"));
@@ -154,6 +159,29 @@ class FieldReader {
     return Outcome::done();
   }
 
+  Outcome takeChannel(const QByteArray& field) {
+    arguments.channel = field;
+    return ClientState::isChannelName(field) ? Outcome::done() : badField("an output channel such as chmon", field);
+  }
+
+  Outcome takePort(const QByteArray& field) {
+    const std::optional<int> port = integerFromText(field);
+    if (!port || *port < 1 || *port > 65535) {
+      return badField("a port from 1 to 65535", field);
+    }
+    arguments.port = static_cast<std::uint16_t>(*port);
+    return Outcome::done();
+  }
+
+  Outcome takeState(const QByteArray& field) {
+    return isBodyState(field) ? takeText(field) : badField("a body state of 16 lower-case hexadecimal digits", field);
+  }
+
+  Outcome takeFile(const QByteArray& field) {
+    const auto decoded = QByteArray::fromBase64Encoding(field, QByteArray::AbortOnBase64DecodingErrors);
+    return decoded ? takeText(*decoded) : badField("a body file in base64", field);
+  }
+
   const BodyDatabase& database_;
 };
 
@@ -176,10 +204,13 @@ struct Phrase {
                  words.begin()),
         action(action) {}
 
+  // Whether every word that is no placeholder stands at its place, as far as there are fields.
   bool beginsAs(const std::vector<Field>& fields) const {
     return static_cast<std::ptrdiff_t>(fields.size()) >= literals &&
-           std::equal(words.begin(), words.begin() + literals, fields.begin(),
-                      [](const QByteArray& word, const Field& field) { return !field.quoted && field.text == word; });
+           std::equal(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(std::min(words.size(), fields.size())),
+                      fields.begin(), [](const QByteArray& word, const Field& field) {
+                        return word.startsWith('%') || (!field.quoted && field.text == word);
+                      });
   }
 
   std::vector<QByteArray> words;
@@ -190,7 +221,8 @@ struct Phrase {
 template <typename Action>
 using Table = std::vector<Phrase<Action>>;
 
-// Finds the phrase that the fields begin with and reads its fields. Two phrases of a table never begin alike.
+// Finds the phrase that the fields begin with and reads its fields. No two phrases of a table fit the same complete
+// line.
 template <typename Action>
 const Phrase<Action>* findPhrase(const Table<Action>& table, const std::vector<Field>& fields, const char* what,
                                  FieldReader& reader, Outcome& outcome) {
@@ -207,7 +239,7 @@ const Phrase<Action>* findPhrase(const Table<Action>& table, const std::vector<F
     return nullptr;
   }
   for (auto i = static_cast<std::size_t>(phrase->literals); i < fields.size(); ++i) {
-    outcome = reader.take(phrase->words[i], fields[i]);
+    outcome = phrase->words[i].startsWith('%') ? reader.take(phrase->words[i], fields[i]) : Outcome::done();
     if (!outcome) {
       return nullptr;
     }
@@ -225,58 +257,92 @@ QByteArray joined(const Vector3& values) {
 
 const BodyMarker& markerOf(const Arguments& a) { return a.body->markers[static_cast<std::size_t>(a.marker - 1)]; }
 
-using Query = QByteArray (*)(const Interpreter&, const Arguments&);
+using Query = QueryAnswer (*)(const Interpreter&, const ClientState&, const Arguments&);
 using I = const Interpreter&;
+using C = const ClientState&;
 using A = const Arguments&;
 
-QByteArray numberOfBodies(I interpreter, A a) {
+QueryAnswer numberOfBodies(I interpreter, C, A a) {
   return QByteArray::number(static_cast<int>(interpreter.database().bodies(a.key.type).size()));
 }
 
-QByteArray emissionText(I, A a) {
+QueryAnswer emissionText(I, C, A a) {
   const MarkerEmission& emission = markerOf(a).emission;
   return joined(emission.direction) + ' ' + numberText(emission.openingAngle);
+}
+
+QueryAnswer outputPort(I, const ClientState& client, A a) {
+  const std::uint16_t port = client.udpPort(a.channel);
+  return port == 0 ? QByteArrayLiteral("none") : "udp " + QByteArray::number(port);
+}
+
+// The body's file in one field. It must find room in a line, because that is how it comes back.
+QueryAnswer bodyFile(I, C, A a) {
+  if (a.body->markers.empty()) {
+    return Outcome::failed(ErrorNumber::NotAvailable, QStringLiteral("the body has no markers"));
+  }
+  constexpr int roomForTheHead = 128;
+  QByteArray file = bodyFileBytes(geometryOf(*a.body)).toBase64();
+  if (file.size() > Interpreter::longestLine - roomForTheHead) {
+    return Outcome::failed(ErrorNumber::NotAvailable, QStringLiteral("the body's file is too long for one line"));
+  }
+  return file;
 }
 
 // Each query with its value.
 const Table<Query>& queries() {
   static const Table<Query> table = {
-      {"version", [](I i, A) { return i.database().settings().version.text(); }},
-      {"status active", [](I i, A) { return QByteArray(i.isMeasuring() ? "mea" : "idle"); }},
-      {"config is_changeable", [](I i, A) { return yesNo(i.database().settings().configChangeable); }},
-      {"tracking available", [](I i, A) { return yesNo(i.database().settings().trackingAvailable); }},
-      {"output active chmon %kind", [](I i, A a) { return yesNo(i.isOutputActive(a.text)); }},
-      {"wandgrip output_6dw", [](I i, A) { return yesNo(i.database().settings().deviceOutput6dw); }},
-      {"wandgrip number_of_devices", [](I i, A) { return QByteArray::number(i.database().numberOfDevices()); }},
-      {"wandgrip multiuser_available", [](I i, A) { return yesNo(i.database().settings().multiuserAvailable); }},
-      {"wandgrip multiuser", [](I i, A) { return yesNo(i.database().settings().multiuser); }},
+      {"version", [](I i, C, A) -> QueryAnswer { return i.database().settings().version.text(); }},
+      {"status active", [](I i, C, A) -> QueryAnswer { return QByteArray(i.isMeasuring() ? "mea" : "idle"); }},
+      {"config is_changeable",
+       [](I i, C, A) -> QueryAnswer { return yesNo(i.database().settings().configChangeable); }},
+      {"tracking available", [](I i, C, A) -> QueryAnswer { return yesNo(i.database().settings().trackingAvailable); }},
+      {"output active %channel %kind",
+       [](I, const ClientState& client, A a) -> QueryAnswer {
+         return yesNo(client.isOutputActive(a.channel, a.text));
+       }},
+      {"output net %channel", &outputPort},
+      {"wandgrip output_6dw", [](I i, C, A) -> QueryAnswer { return yesNo(i.database().settings().deviceOutput6dw); }},
+      {"wandgrip number_of_devices",
+       [](I i, C, A) -> QueryAnswer { return QByteArray::number(i.database().numberOfDevices()); }},
+      {"wandgrip multiuser_available",
+       [](I i, C, A) -> QueryAnswer { return yesNo(i.database().settings().multiuserAvailable); }},
+      {"wandgrip multiuser", [](I i, C, A) -> QueryAnswer { return yesNo(i.database().settings().multiuser); }},
       {"wandgrip multiuser_with_head_available",
-       [](I i, A) { return yesNo(i.database().settings().multiuserWithHeadAvailable); }},
-      {"wandgrip multiuser_with_head", [](I i, A) { return yesNo(i.database().settings().multiuserWithHead); }},
+       [](I i, C, A) -> QueryAnswer { return yesNo(i.database().settings().multiuserWithHeadAvailable); }},
+      {"wandgrip multiuser_with_head",
+       [](I i, C, A) -> QueryAnswer { return yesNo(i.database().settings().multiuserWithHead); }},
       {"body number_of_types",
-       [](I i, A) { return QByteArray::number(static_cast<int>(i.database().types().size())); }},
-      {"body type %typenumber", [](I, A a) { return a.bodyType->name; }},
-      {"body type_desc %type", [](I, A a) { return quoted(a.bodyType->description); }},
+       [](I i, C, A) -> QueryAnswer { return QByteArray::number(static_cast<int>(i.database().types().size())); }},
+      {"body type %typenumber", [](I, C, A a) -> QueryAnswer { return a.bodyType->name; }},
+      {"body type_desc %type", [](I, C, A a) -> QueryAnswer { return quoted(a.bodyType->description); }},
       {"body number_of_bodies %type", &numberOfBodies},
-      {"body desc %type %body", [](I, A a) { return quoted(a.body->description); }},
-      {"body target_type %type %body", [](I, A a) { return '\'' + a.body->targetType + '\''; }},
-      {"body calibrated %type %body", [](I, A a) { return yesNo(a.body->calibrated); }},
+      {"body desc %type %body", [](I, C, A a) -> QueryAnswer { return quoted(a.body->description); }},
+      {"body target_type %type %body", [](I, C, A a) -> QueryAnswer { return '\'' + a.body->targetType + '\''; }},
+      {"body calibrated %type %body", [](I, C, A a) -> QueryAnswer { return yesNo(a.body->calibrated); }},
       {"body number_of_marker %type %body",
-       [](I, A a) { return QByteArray::number(static_cast<int>(a.body->markers.size())); }},
-      {"body marker %type %body %marker", [](I, A a) { return joined(markerOf(a).position); }},
+       [](I, C, A a) -> QueryAnswer { return QByteArray::number(static_cast<int>(a.body->markers.size())); }},
+      {"body marker %type %body %marker", [](I, C, A a) -> QueryAnswer { return joined(markerOf(a).position); }},
       {"body marker_emission %type %body %marker", &emissionText},
+      {"body state %type %body", [](I, C, A a) -> QueryAnswer { return bodyState(*a.body); }},
+      {"body file %type %body", &bodyFile},
   };
   return table;
 }
 
-using Effect = Outcome (*)(Interpreter&, const Arguments&);
+using Effect = Outcome (*)(Interpreter&, ClientState&, const Arguments&);
+using M = ClientState&;  // one that may be modified
 
-Outcome setOutput(Interpreter& interpreter, A a) {
-  interpreter.setOutputActive(a.text, a.flag);
-  return Outcome::done();
+// Takes a body's markers from a file. The problem names the line, not a file: the sender knows which one it sent.
+Outcome setBodyFile(Interpreter& interpreter, M, A a) {
+  const BodyFileContent content = parseBodyFile(a.text, BodyDatabase::fewestMarkers);
+  if (!content.problem.isEmpty()) {
+    return badValue(QStringLiteral("line %1: %2").arg(QString::number(content.line), content.problem));
+  }
+  return interpreter.database().setGeometry(a.key, content.geometry);
 }
 
-Outcome setDescription(Interpreter& interpreter, A a) {
+Outcome setDescription(Interpreter& interpreter, M, A a) {
   const QString description = QString::fromUtf8(a.text);
   if (description.toUtf8() != a.text) {  // a byte order mark at the front would be lost without a word
     return badValue(QStringLiteral("the description has characters that cannot be kept"));
@@ -284,7 +350,7 @@ Outcome setDescription(Interpreter& interpreter, A a) {
   return interpreter.database().setDescription(a.key, description);
 }
 
-Outcome setTargetType(Interpreter& interpreter, A a) {
+Outcome setTargetType(Interpreter& interpreter, M, A a) {
   QByteArray word = a.text;
   if (word.size() > 2 && word.startsWith('\'') && word.endsWith('\'')) {
     word = word.mid(1, word.size() - 2);
@@ -295,44 +361,49 @@ Outcome setTargetType(Interpreter& interpreter, A a) {
 // Each setting with its effect. Settings of the simulated hardware can be set like all others: it has no other panel.
 const Table<Effect>& settings() {
   static const Table<Effect> table = {
-      {"version %version", [](Interpreter& i, A a) { return i.database().setVersion(a.version); }},
-      {"config is_changeable %flag", [](Interpreter& i, A a) { return i.database().setConfigChangeable(a.flag); }},
-      {"tracking available %flag", [](Interpreter& i, A a) { return i.setTrackingAvailable(a.flag); }},
-      {"output active chmon %kind %flag", &setOutput},
-      {"wandgrip output_6dw %flag", [](Interpreter& i, A a) { return i.database().setDeviceOutput6dw(a.flag); }},
+      {"version %version", [](Interpreter& i, M, A a) { return i.database().setVersion(a.version); }},
+      {"config is_changeable %flag", [](Interpreter& i, M, A a) { return i.database().setConfigChangeable(a.flag); }},
+      {"tracking available %flag", [](Interpreter& i, M, A a) { return i.setTrackingAvailable(a.flag); }},
+      {"output active %channel %kind %flag",
+       [](Interpreter&, M client, A a) { return client.setOutputActive(a.channel, a.text, a.flag); }},
+      {"output net %channel udp %port",
+       [](Interpreter&, M client, A a) { return client.setUdpPort(a.channel, a.port); }},
+      {"output net %channel none", [](Interpreter&, M client, A a) { return client.setUdpPort(a.channel, 0); }},
+      {"wandgrip output_6dw %flag", [](Interpreter& i, M, A a) { return i.database().setDeviceOutput6dw(a.flag); }},
       {"wandgrip multiuser_available %flag",
-       [](Interpreter& i, A a) { return i.database().setMultiuserAvailable(a.flag); }},
-      {"wandgrip multiuser %flag", [](Interpreter& i, A a) { return i.database().setMultiuser(a.flag); }},
+       [](Interpreter& i, M, A a) { return i.database().setMultiuserAvailable(a.flag); }},
+      {"wandgrip multiuser %flag", [](Interpreter& i, M, A a) { return i.database().setMultiuser(a.flag); }},
       {"wandgrip multiuser_with_head_available %flag",
-       [](Interpreter& i, A a) { return i.database().setMultiuserWithHeadAvailable(a.flag); }},
+       [](Interpreter& i, M, A a) { return i.database().setMultiuserWithHeadAvailable(a.flag); }},
       {"wandgrip multiuser_with_head %flag",
-       [](Interpreter& i, A a) { return i.database().setMultiuserWithHead(a.flag); }},
+       [](Interpreter& i, M, A a) { return i.database().setMultiuserWithHead(a.flag); }},
       {"body desc %type %body %text", &setDescription},
       {"body target_type %type %body %text", &setTargetType},
       {"body calibrated %type %body %flag",
-       [](Interpreter& i, A a) { return i.database().setCalibrated(a.key, a.flag); }},
+       [](Interpreter& i, M, A a) { return i.database().setCalibrated(a.key, a.flag); }},
       {"body number_of_marker %type %body %count",
-       [](Interpreter& i, A a) { return i.database().setNumberOfMarkers(a.key, a.count); }},
+       [](Interpreter& i, M, A a) { return i.database().setNumberOfMarkers(a.key, a.count); }},
       {"body marker %type %body %marker %real*3",
-       [](Interpreter& i, A a) {
+       [](Interpreter& i, M, A a) {
          return i.database().setMarkerPosition(a.key, a.marker, {{a.reals[0], a.reals[1], a.reals[2]}});
        }},
       {"body marker_emission %type %body %marker %real*4",
-       [](Interpreter& i, A a) {
+       [](Interpreter& i, M, A a) {
          return i.database().setMarkerEmission(a.key, a.marker, {{{a.reals[0], a.reals[1], a.reals[2]}}, a.reals[3]});
        }},
+      {"body file %type %body %file", &setBodyFile},
   };
   return table;
 }
 
-Outcome transformBody(Interpreter& interpreter, A a) {
+Outcome transformBody(Interpreter& interpreter, M, A a) {
   RigidTransform transform;
   std::copy_n(a.reals.begin(), 3, transform.position.begin());
   std::copy_n(a.reals.begin() + 3, 9, transform.rotation.begin());  // both column by column
   return interpreter.database().transform(a.key, transform);
 }
 
-Outcome stopMeasurement(Interpreter& interpreter, A) {
+Outcome stopMeasurement(Interpreter& interpreter, M, A) {
   interpreter.stopMeasurement();
   return Outcome::done();
 }
@@ -340,41 +411,61 @@ Outcome stopMeasurement(Interpreter& interpreter, A) {
 // Each command with its effect.
 const Table<Effect>& commands() {
   static const Table<Effect> table = {
-      {"tracking start", [](Interpreter& i, A) { return i.startMeasurement(); }},
+      {"tracking start", [](Interpreter& i, M, A) { return i.startMeasurement(); }},
       {"tracking stop", &stopMeasurement},
       {"body transform %type %body %real*12", &transformBody},
       {"body delete_marker %type %body %marker",
-       [](Interpreter& i, A a) { return i.database().deleteMarker(a.key, a.marker); }},
+       [](Interpreter& i, M, A a) { return i.database().deleteMarker(a.key, a.marker); }},
+      {"body expect %type %body %state", [](Interpreter&, M client, A a) { return client.expect(a.key, a.text); }},
   };
   return table;
 }
 
-Outcome carryOut(const Table<Effect>& table, const char* what, Interpreter& interpreter,
+Outcome carryOut(const Table<Effect>& table, const char* what, Interpreter& interpreter, ClientState& client,
                  const std::vector<Field>& fields) {
   FieldReader reader(interpreter.database());
   Outcome outcome;
   const Phrase<Effect>* const phrase = findPhrase(table, fields, what, reader, outcome);
-  return phrase == nullptr ? outcome : phrase->action(interpreter, reader.arguments);
+  return phrase == nullptr ? outcome : phrase->action(interpreter, client, reader.arguments);
+}
+
+// A command that changes coordinates relative to what they are uses up what its sender expects of them, also when
+// something else is wrong with it.
+Outcome meetExpectation(const BodyDatabase& database, ClientState& client, const std::vector<Field>& fields) {
+  const bool relative = fields.size() >= 4 && fields[0].text == "body" &&
+                        (fields[1].text == "transform" || fields[1].text == "delete_marker");
+  if (!relative) {
+    return Outcome::done();
+  }
+  const BodyKey key{fields[2].text, numberBehind('b', fields[3].text).value_or(0)};
+  const Body* const body = database.find(key);
+  if (body == nullptr) {
+    return Outcome::done();
+  }
+  const std::optional<QByteArray> expected = client.takeExpectation(key);
+  if (expected && *expected != bodyState(*body)) {
+    return Outcome::failed(ErrorNumber::Changed,
+                           QStringLiteral("the markers of the body are not those that were expected"));
+  }
+  return Outcome::done();
 }
 
 }  // namespace
 
-QueryAnswer answerQuery(const Interpreter& interpreter, const std::vector<Field>& fields) {
+QueryAnswer answerQuery(const Interpreter& interpreter, const ClientState& client, const std::vector<Field>& fields) {
   FieldReader reader(interpreter.database());
-  QueryAnswer answer;
-  const Phrase<Query>* const phrase = findPhrase(queries(), fields, "query", reader, answer.outcome);
-  if (phrase != nullptr) {
-    answer.value = phrase->action(interpreter, reader.arguments);
-  }
-  return answer;
+  Outcome outcome;
+  const Phrase<Query>* const phrase = findPhrase(queries(), fields, "query", reader, outcome);
+  return phrase == nullptr ? QueryAnswer(outcome) : phrase->action(interpreter, client, reader.arguments);
 }
 
-Outcome carryOutSetting(Interpreter& interpreter, const std::vector<Field>& fields) {
-  return carryOut(settings(), "setting", interpreter, fields);
+Outcome carryOutSetting(Interpreter& interpreter, ClientState& client, const std::vector<Field>& fields) {
+  return carryOut(settings(), "setting", interpreter, client, fields);
 }
 
-Outcome carryOutCommand(Interpreter& interpreter, const std::vector<Field>& fields) {
-  return carryOut(commands(), "command", interpreter, fields);
+Outcome carryOutCommand(Interpreter& interpreter, ClientState& client, const std::vector<Field>& fields) {
+  Outcome met = meetExpectation(interpreter.database(), client, fields);
+  return met ? carryOut(commands(), "command", interpreter, client, fields) : met;
 }
 
 }  // namespace korvex2

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "bodydatabase.h"
@@ -12,6 +14,7 @@
 
 namespace korvex2 {
 
+class ClientState;
 class Interpreter;
 
 /// What the fields behind a query, setting or command say, checked against the database.
@@ -24,23 +27,29 @@ struct Arguments {
   bool flag = false;                   ///< %flag: yes or no
   std::vector<double> reals;           ///< %real
   BackendVersion version;              ///< %version
-  QByteArray text;                     ///< %text, %kind
+  QByteArray text;                     ///< %text, %kind, %state, %file
+  QByteArray channel;                  ///< %channel
+  std::uint16_t port = 0;              ///< %port: 1 or more
 };
 
 /// Value of a query, or why there is none.
 struct QueryAnswer {
+  QueryAnswer() = default;
+  QueryAnswer(QByteArray answered) : value(std::move(answered)) {}
+  QueryAnswer(Outcome failure) : outcome(std::move(failure)) {}
+
   QByteArray value;
   Outcome outcome;
 };
 
 /// Answers the fields behind `korvex2 get`.
-QueryAnswer answerQuery(const Interpreter& interpreter, const std::vector<Field>& fields);
+QueryAnswer answerQuery(const Interpreter& interpreter, const ClientState& client, const std::vector<Field>& fields);
 
 /// Carries out the fields behind `korvex2 set`.
-Outcome carryOutSetting(Interpreter& interpreter, const std::vector<Field>& fields);
+Outcome carryOutSetting(Interpreter& interpreter, ClientState& client, const std::vector<Field>& fields);
 
 /// Carries out the fields behind `korvex2`, where neither get nor set follows.
-Outcome carryOutCommand(Interpreter& interpreter, const std::vector<Field>& fields);
+Outcome carryOutCommand(Interpreter& interpreter, ClientState& client, const std::vector<Field>& fields);
 
 }  // namespace korvex2
 

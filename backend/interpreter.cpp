@@ -26,7 +26,7 @@ QByteArray answerTo(const Outcome& outcome) {
 
 }  // namespace
 
-Interpreter::Interpreter(BodyDatabase& database) : database_(database), activeOutputs_{"6d"} {}
+Interpreter::Interpreter(BodyDatabase& database) : database_(database) {}
 
 Outcome Interpreter::startMeasurement() {
   if (!database_.settings().trackingAvailable) {
@@ -44,15 +44,7 @@ Outcome Interpreter::setTrackingAvailable(bool available) {
   return outcome;
 }
 
-void Interpreter::setOutputActive(const QByteArray& kind, bool active) {
-  if (active) {
-    activeOutputs_.insert(kind);
-  } else {
-    activeOutputs_.erase(kind);
-  }
-}
-
-QByteArray Interpreter::answer(const QByteArray& line) {
+QByteArray Interpreter::answer(const QByteArray& line, ClientState& client) {
   CommandLine command = splitCommandLine(line);
   if (!command.outcome) {
     return answerTo(command.outcome);
@@ -64,13 +56,13 @@ QByteArray Interpreter::answer(const QByteArray& line) {
   fields.erase(fields.begin());
   const QByteArray verb = fields.empty() || fields[0].quoted ? QByteArray() : fields[0].text;
   if (verb != "get" && verb != "set") {
-    return answerTo(carryOutCommand(*this, fields));
+    return answerTo(carryOutCommand(*this, client, fields));
   }
   fields.erase(fields.begin());
   if (verb == "set") {
-    return answerTo(carryOutSetting(*this, fields));
+    return answerTo(carryOutSetting(*this, client, fields));
   }
-  const QueryAnswer query = answerQuery(*this, fields);
+  const QueryAnswer query = answerQuery(*this, client, fields);
   if (!query.outcome) {
     return answerTo(query.outcome);
   }

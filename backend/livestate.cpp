@@ -19,13 +19,23 @@ std::vector<LiveBody> liveBodies(const std::vector<Body>& bodies) {
 }  // namespace
 
 LiveState liveStateOf(const Interpreter& interpreter) {
+  std::set<QByteArray> kinds;
+  for (const char* kind : {"6d", "6dw", "6dw2"}) {
+    if (interpreter.isOutputActive(kind)) {
+      kinds.insert(kind);
+    }
+  }
+  return liveStateOf(interpreter, kinds);
+}
+
+LiveState liveStateOf(const Interpreter& interpreter, const std::set<QByteArray>& kinds) {
   const BodyDatabase& database = interpreter.database();
   const BackendSettings& settings = database.settings();
   LiveState state;
   state.measuring = interpreter.isMeasuring();
-  state.output6d = interpreter.isOutputActive("6d");
-  state.output6dw = interpreter.isOutputActive("6dw");
-  state.output6dw2 = interpreter.isOutputActive("6dw2");
+  state.output6d = kinds.count("6d") != 0;
+  state.output6dw = kinds.count("6dw") != 0;
+  state.output6dw2 = kinds.count("6dw2") != 0;
   state.oldDeviceFormat = settings.deviceOutput6dw;
   state.withHead = settings.multiuserWithHeadAvailable && settings.multiuserWithHead;
   state.standard = liveBodies(database.bodies("standard"));

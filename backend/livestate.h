@@ -2,7 +2,10 @@
 #ifndef KORVEX2_BACKEND_LIVESTATE_H
 #define KORVEX2_BACKEND_LIVESTATE_H
 
+#include <set>
 #include <vector>
+
+#include <QByteArray>
 
 #include "body.h"
 
@@ -25,7 +28,7 @@ struct LiveBody {
 /// One consistent state of the backend. It refers to nothing, so it can be handed to another thread.
 struct LiveState {
   bool measuring = false;
-  bool output6d = false;  ///< kinds switched on for the output channel "chmon"
+  bool output6d = false;  ///< kinds that somebody wants
   bool output6dw = false;
   bool output6dw2 = false;
   bool oldDeviceFormat = false;  ///< devices report as "6dw", else as "6dw2"
@@ -34,8 +37,11 @@ struct LiveState {
   std::vector<LiveBody> devices;
 };
 
-/// The state as it is now. To be called on the interpreter's thread.
+/// The state as it is now, with the kinds that the interpreter's only client has switched on for "chmon". To be called
+/// on the interpreter's thread.
 LiveState liveStateOf(const Interpreter& interpreter);
+/// The same with these kinds.
+LiveState liveStateOf(const Interpreter& interpreter, const std::set<QByteArray>& kinds);
 
 }  // namespace korvex2
 

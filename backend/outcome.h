@@ -19,6 +19,7 @@ enum class ErrorNumber {
   NotAvailable = 8,   ///< tracking, a mode or a body that cannot be used now
   TooFewMarkers = 9,  ///< a body would keep fewer than three markers
   NotSaved = 10,      ///< the change could not be written and was taken back
+  Changed = 11,       ///< the body's markers are not those that the sender expects
 };
 
 /// Converts to true when the order was carried out. `text` is one sentence without quotes and line ends.

@@ -1,6 +1,7 @@
 // Fuzz target: command lines for the backend, on a small database in a temporary folder.
 //
-// The input is text; each of its lines is answered by one interpreter. An input that changed the database is followed
+// The input is text; each of its lines, filled up to the longest length where it ends with tildes, is answered by one
+// interpreter. An input that changed the database is followed
 // by a restart, which must find the same.
 #include <QByteArray>
 #include <QDir>
@@ -14,6 +15,8 @@
 #include <vector>
 
 #include "bodydatabase.h"
+#include "bodyfileformat.h"
+#include "clientstate.h"
 #include "commandline.h"
 #include "fuzztarget.h"
 #include "interpreter.h"
@@ -21,6 +24,7 @@
 using korvex2::BackendSettings;
 using korvex2::Body;
 using korvex2::BodyDatabase;
+using korvex2::ClientState;
 using korvex2::Field;
 using korvex2::Interpreter;
 
@@ -127,7 +131,7 @@ std::string checkForm(const QByteArray& answer) {
   }
   const int quote = answer.indexOf('"');
   const int number = quote < 14 ? -1 : answer.mid(12, quote - 13).toInt();
-  const bool sound = number >= 1 && number <= 10 && answer.count('"') == 2 && answer.endsWith('"') &&
+  const bool sound = number >= 1 && number <= 11 && answer.count('"') == 2 && answer.endsWith('"') &&
                      quote < answer.size() - 2 && answer.size() <= 600;
   return sound ? std::string() : "the error is malformed";
 }
@@ -142,7 +146,7 @@ std::size_t nameFields(const std::vector<Field>& fields) {
     return 1;
   }
   if (group == "output") {
-    return 4;
+    return fields.size() > 3 && fields[3].text == "net" ? 3 : 4;
   }
   if (group == "body" && fields.size() > 3) {
     return fields[3].text == "marker" || fields[3].text == "marker_emission" ? 5 : 4;
@@ -169,8 +173,16 @@ QByteArray withoutApostrophes(const QByteArray& text) {
   return text.size() > 2 && text.startsWith('\'') && text.endsWith('\'') ? text.mid(1, text.size() - 2) : text;
 }
 
+/// Body files in base64: the same markers and lines, however the numbers are written.
+bool isSameFile(const QByteArray& sent, const QByteArray& answered) {
+  const korvex2::BodyFileContent a = korvex2::parseBodyFile(QByteArray::fromBase64(sent));
+  const korvex2::BodyFileContent b = korvex2::parseBodyFile(QByteArray::fromBase64(answered));
+  return a.problem.isEmpty() && b.problem.isEmpty() && a.geometry.positions == b.geometry.positions &&
+         a.geometry.lines == b.geometry.lines;
+}
+
 /// What was set can be got.
-std::string checkGetAfterSet(Interpreter& interpreter, const std::vector<Field>& fields) {
+std::string checkGetAfterSet(Interpreter& interpreter, ClientState& client, const std::vector<Field>& fields) {
   const std::size_t name = nameFields(fields);
   if (name == 0 || fields.size() < 2 + name) {
     return "a setting without a name was accepted";
@@ -179,13 +191,16 @@ std::string checkGetAfterSet(Interpreter& interpreter, const std::vector<Field>&
   for (std::size_t i = 2; i < 2 + name; ++i) {
     query += ' ' + fields[i].text;
   }
-  const QByteArray answer = interpreter.answer("korvex2 get" + query);
+  const QByteArray answer = interpreter.answer("korvex2 get" + query, client);
   const QByteArray head = "korvex2 set" + query + ' ';
   if (!answer.startsWith(head)) {
     return "what was set cannot be got: " + answer.toStdString();
   }
   if (query.startsWith(" body desc ")) {
     return answer.mid(head.size()) == '"' + fields.back().text + '"' ? std::string() : "another description came back";
+  }
+  if (query.startsWith(" body file ")) {
+    return isSameFile(fields.back().text, answer.mid(head.size())) ? std::string() : "another body file came back";
   }
   const QList<QByteArray> values = answer.mid(head.size()).split(' ');
   bool same = static_cast<std::size_t>(values.size()) == fields.size() - 2 - name;
@@ -197,7 +212,7 @@ std::string checkGetAfterSet(Interpreter& interpreter, const std::vector<Field>&
 }
 
 /// A query repeats itself, and its answer begins with the query as it was asked.
-std::string checkQuery(Interpreter& interpreter, const QByteArray& line, const QByteArray& answer,
+std::string checkQuery(Interpreter& interpreter, ClientState& client, const QByteArray& line, const QByteArray& answer,
                        const std::vector<Field>& fields) {
   QByteArray head = "korvex2 set ";
   for (std::size_t i = 2; i < fields.size(); ++i) {
@@ -206,7 +221,7 @@ std::string checkQuery(Interpreter& interpreter, const QByteArray& line, const Q
   if (!answer.startsWith(head) || answer.size() == head.size()) {
     return "the answer does not repeat the query";
   }
-  return interpreter.answer(line) == answer ? std::string() : "the same query has another answer";
+  return interpreter.answer(line, client) == answer ? std::string() : "the same query has another answer";
 }
 
 std::string checkMeasurement(Interpreter& interpreter, const QByteArray& verb) {
@@ -218,9 +233,9 @@ std::string checkMeasurement(Interpreter& interpreter, const QByteArray& verb) {
 }
 
 /// One line: its answer, and what the answer promises.
-std::string checkLine(Interpreter& interpreter, const QByteArray& line) {
+std::string checkLine(Interpreter& interpreter, ClientState& client, const QByteArray& line) {
   const Snapshot before = snapshotOf(interpreter.database());
-  const QByteArray answer = interpreter.answer(line);
+  const QByteArray answer = interpreter.answer(line, client);
   const Snapshot after = snapshotOf(interpreter.database());
   std::string problem = checkForm(answer);
   if (problem.empty()) {
@@ -235,12 +250,23 @@ std::string checkLine(Interpreter& interpreter, const QByteArray& line) {
     if (!(before == after)) {
       return "a line that was no change changed something";
     }
-    return isError(answer) ? std::string() : checkQuery(interpreter, line, answer, fields);
+    return isError(answer) ? std::string() : checkQuery(interpreter, client, line, answer, fields);
   }
   if (verb == "set") {
-    problem = checkGetAfterSet(interpreter, fields);
+    problem = checkGetAfterSet(interpreter, client, fields);
   }
   return problem.empty() ? checkMeasurement(interpreter, verb == "tracking" ? fields[2].text : QByteArray()) : problem;
+}
+
+/// Lines that end with tildes are filled up with blanks: one gives a line one short of the longest, two the longest,
+/// three and more one that is too long. So the limit can be met by small inputs.
+QByteArray filledUp(const QByteArray& line) {
+  int tildes = 0;
+  while (tildes < 3 && line.endsWith(QByteArray(tildes + 1, '~'))) {
+    ++tildes;
+  }
+  const int length = Interpreter::longestLine - 2 + tildes;
+  return tildes == 0 || line.size() >= length ? line : line.left(line.size() - tildes).leftJustified(length, ' ');
 }
 
 std::string checkRestart(const QString& path, const Snapshot& before) {
@@ -260,10 +286,11 @@ int fuzzOne(const std::uint8_t* data, std::size_t size) {
     return fuzzProblem(problem);
   }
   Interpreter interpreter(fresh.database());
+  ClientState client(true);  // on a network: everything can be set
   const Snapshot before = snapshotOf(fresh.database());
   const QList<QByteArray> lines = QByteArray::fromStdString(fuzzText(data, size)).split('\n');
   for (int i = 0; problem.empty() && i < std::min(lines.size(), mostLines); ++i) {
-    problem = checkLine(interpreter, lines[i]);
+    problem = checkLine(interpreter, client, filledUp(lines[i]));
     if (!problem.empty()) {
       problem = "line " + std::to_string(i + 1) + ", " + problem + ": " + lines[i].toStdString();
     }
