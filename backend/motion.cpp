@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace korvex2 {
 
@@ -72,6 +73,19 @@ std::optional<RigidTransform> Motion::pose(const BodyKey& key, double seconds) c
     return swaying(key.number, seconds, 150.0, 0.8);
   }
   return key.number == 2 ? table() : swaying(key.number, seconds, 60.0, 1.0);
+}
+
+Motion motionWith(const QString& trajectory, QStringList& problems) {
+  Motion motion;
+  if (!trajectory.isEmpty()) {
+    TrajectoryContent content = readTrajectory(trajectory);
+    if (content.trajectory) {
+      motion.setTrajectory({"standard", 1}, std::move(*content.trajectory));
+    } else {
+      problems += content.problem;
+    }
+  }
+  return motion;
 }
 
 }  // namespace korvex2

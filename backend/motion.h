@@ -2,6 +2,9 @@
 #ifndef KORVEX2_BACKEND_MOTION_H
 #define KORVEX2_BACKEND_MOTION_H
 
+#include <QString>
+#include <QStringList>
+
 #include <optional>
 #include <utility>
 #include <vector>
@@ -28,6 +31,10 @@ class Motion {
  private:
   std::vector<std::pair<BodyKey, Trajectory>> recorded_;
 };
+
+/// The built-in motions, but `standard b01`, the cup of the shipped database, moves by a recording in a file; with an
+/// empty name, or a file that cannot be used (which is told in `problems`), by its built-in motion, too.
+Motion motionWith(const QString& trajectory, QStringList& problems);
 
 }  // namespace korvex2
 

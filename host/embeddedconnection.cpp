@@ -9,9 +9,10 @@
 #include "bodydatabase.h"
 #include "bodyexchange.h"
 #include "interpreter.h"
+#include "livedelivery.h"
 #include "livesource.h"
 #include "livestate.h"
-#include "trajectory.h"
+#include "motion.h"
 
 namespace korvex2 {
 
@@ -21,27 +22,13 @@ QString tr(const char* text) { return QCoreApplication::translate("EmbeddedConne
 
 BodyKey keyOf(const BodyId& body) { return {body.type.toUtf8(), body.number}; }
 
-/// The motion of the shipped cup is a recorded one.
-Motion motionOf(const QString& trajectory, QStringList& problems) {
-  Motion motion;
-  if (!trajectory.isEmpty()) {
-    TrajectoryContent content = readTrajectory(trajectory);
-    if (content.trajectory) {
-      motion.setTrajectory({"standard", 1}, std::move(*content.trajectory));
-    } else {
-      problems += content.problem;
-    }
-  }
-  return motion;
-}
-
 }  // namespace
 
 EmbeddedConnection::EmbeddedConnection(const QString& folder, const QStringList& problems, const LiveOptions& live)
     : database_(openDatabase(folder)),
       interpreter_(std::make_unique<Interpreter>(*database_)),
       problems_(problems + database_->problems()),
-      live_(std::make_unique<LiveSource>(LiveLines(motionOf(live.trajectory, problems_)), live.rate)) {
+      live_(std::make_unique<LiveSource>(LiveLines(motionWith(live.trajectory, problems_)), live.rate)) {
   live_->publish(liveStateOf(*interpreter_));
 }
 
@@ -49,7 +36,7 @@ EmbeddedConnection::~EmbeddedConnection() = default;
 
 bool EmbeddedConnection::exchange(const QByteArray& line, QByteArray& answer) {
   answer = interpreter_->answer(line);
-  if (!line.startsWith("korvex2 get ")) {  // a query changes nothing
+  if (!Interpreter::isQuery(line)) {
     live_->publish(liveStateOf(*interpreter_));
   }
   return true;
@@ -68,11 +55,24 @@ QStringList EmbeddedConnection::details() const {
 
 QStringList EmbeddedConnection::problems() const { return problems_; }
 
-void EmbeddedConnection::startLiveLines(LiveDistributor& distributor) { live_->start(distributor); }
+void EmbeddedConnection::startLiveLines(LiveDistributor& distributor) {
+  if (delivery_ == nullptr) {
+    delivery_ = std::make_unique<LiveDelivery>(distributor);
+    live_->start(*delivery_);
+  }
+}
 
-void EmbeddedConnection::stopLiveLines() { live_->stop(); }
+void EmbeddedConnection::stopLiveLines() {
+  live_->stop();
+  if (delivery_ != nullptr) {
+    deliveredBefore_ += delivery_->delivered();
+    delivery_.reset();
+  }
+}
 
-LiveStatus EmbeddedConnection::liveStatus() const { return {true, live_->isMeasuring(), live_->delivered()}; }
+LiveStatus EmbeddedConnection::liveStatus() const {
+  return {true, live_->isMeasuring(), deliveredBefore_ + (delivery_ == nullptr ? 0 : delivery_->delivered())};
+}
 
 QString EmbeddedConnection::importObstacle() const {
   return database_->settings().configChangeable ? QString() : tr("the configuration is locked");

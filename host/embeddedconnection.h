@@ -2,6 +2,7 @@
 #ifndef KORVEX2_HOST_EMBEDDEDCONNECTION_H
 #define KORVEX2_HOST_EMBEDDEDCONNECTION_H
 
+#include <cstdint>
 #include <memory>
 
 #include <QStringList>
@@ -13,6 +14,7 @@ namespace korvex2 {
 
 class BodyDatabase;
 class Interpreter;
+class LiveDelivery;
 class LiveSource;
 
 /// How the simulated bodies move.
@@ -50,7 +52,9 @@ class EmbeddedConnection : public BackendConnection, private BodyFileStore {
   std::unique_ptr<BodyDatabase> database_;
   std::unique_ptr<Interpreter> interpreter_;
   QStringList problems_;
-  std::unique_ptr<LiveSource> live_;  // knows copies of the backend's state only
+  std::uint64_t deliveredBefore_ = 0;       // by deliveries that were stopped
+  std::unique_ptr<LiveDelivery> delivery_;  // while live lines are delivered
+  std::unique_ptr<LiveSource> live_;        // knows copies of the backend's state only; ends before delivery_
 };
 
 }  // namespace korvex2

@@ -4,9 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include <QByteArray>
-
-#include "livedistributor.h"
+#include "livesink.h"
 
 namespace korvex2 {
 
@@ -39,13 +37,13 @@ bool LiveSource::isMeasuring() const {
   return published_->measurement != 0;
 }
 
-void LiveSource::start(LiveDistributor& distributor) {
+void LiveSource::start(LiveSink& sink) {
   if (thread_.joinable()) {
     return;
   }
   pacer_ = FramePacer(rate_);
   measurement_ = 0;
-  thread_ = std::thread([this, &distributor] { run(distributor); });
+  thread_ = std::thread([this, &sink] { run(sink); });
 }
 
 void LiveSource::stop() {
@@ -61,7 +59,7 @@ void LiveSource::stop() {
   stopping_ = false;
 }
 
-void LiveSource::run(LiveDistributor& distributor) {
+void LiveSource::run(LiveSink& sink) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point begin = Clock::now();
   std::unique_lock<std::mutex> lock(mutex_);
@@ -69,7 +67,7 @@ void LiveSource::run(LiveDistributor& distributor) {
   while (!stopping_) {
     isNew_ = false;
     lock.unlock();
-    const std::optional<Time> next = turn(distributor, Clock::now() - begin);
+    const std::optional<Time> next = turn(sink, Clock::now() - begin);
     lock.lock();
     if (next) {
       changed_.wait_until(lock, begin + *next, wanted);
@@ -79,7 +77,7 @@ void LiveSource::run(LiveDistributor& distributor) {
   }
 }
 
-std::optional<LiveSource::Time> LiveSource::turn(LiveDistributor& distributor, Time now) {
+std::optional<LiveSource::Time> LiveSource::turn(LiveSink& sink, Time now) {
   std::shared_ptr<const Published> present;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -88,10 +86,10 @@ std::optional<LiveSource::Time> LiveSource::turn(LiveDistributor& distributor, T
   if (present->measurement != measurement_) {
     // A measurement that was stopped and started again since the last turn is told as both.
     if (measurement_ != 0) {
-      distributor.measurementStopped();
+      sink.measurementStopped();
     }
     if (present->measurement != 0) {
-      distributor.measurementStarted();
+      sink.measurementStarted();
     }
     measurement_ = present->measurement;
   }
@@ -99,26 +97,10 @@ std::optional<LiveSource::Time> LiveSource::turn(LiveDistributor& distributor, T
     return std::nullopt;
   }
   const std::optional<std::int64_t> frame = pacer_.take(now);
-  if (frame) {
-    deliver(distributor, present->state, *frame);
+  if (frame && sink.wantsFrames()) {
+    sink.frame(lines_.frame(present->state, *frame, pacer_.secondsOf(*frame)));
   }
   return pacer_.deadline();
-}
-
-void LiveSource::deliver(LiveDistributor& distributor, const LiveState& state, std::int64_t frame) {
-  static const QByteArray tags[] = {"fr", "ts", "6d", "6dw", "6dw2"};
-  const bool listened = std::any_of(std::begin(tags), std::end(tags),
-                                    [&](const QByteArray& tag) { return distributor.hasSubscriber(tag); });
-  if (!listened) {
-    return;
-  }
-  for (const QByteArray& line : lines_.frame(state, frame, pacer_.secondsOf(frame))) {
-    const QByteArray tag = line.left(line.indexOf(' '));
-    if (distributor.hasSubscriber(tag)) {
-      delivered_.fetch_add(1, std::memory_order_relaxed);
-      distributor.deliver(tag, line);
-    }
-  }
 }
 
 }  // namespace korvex2

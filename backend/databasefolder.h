@@ -1,6 +1,6 @@
 // The user's body database: where it is and how it comes to be.
-#ifndef KORVEX2_HOST_DATABASEFOLDER_H
-#define KORVEX2_HOST_DATABASEFOLDER_H
+#ifndef KORVEX2_BACKEND_DATABASEFOLDER_H
+#define KORVEX2_BACKEND_DATABASEFOLDER_H
 
 #include <QString>
 

@@ -19,7 +19,7 @@ QByteArray content(const QString& path) {
 }  // namespace
 
 TEST(DatabaseFolder, ShippedDataAreThoseOfTheSourceTreeWhereNothingIsInstalled) {
-  EXPECT_EQ(shippedDataFolder("/nowhere/bin"), QStringLiteral(SOURCE_DATA_FOLDER));
+  EXPECT_EQ(shippedDataFolder("/nowhere/bin"), QStringLiteral(KORVEX2_SHIPPED_DATA));
 }
 
 TEST(DatabaseFolder, InstalledDataComeFirst) {
@@ -31,8 +31,8 @@ TEST(DatabaseFolder, InstalledDataComeFirst) {
 TEST(DatabaseFolder, TheFirstStartCopiesAndLaterStartsKeep) {
   const QTemporaryDir place;
   const QString folder = place.filePath("a/b/database");
-  ASSERT_EQ(prepareDatabaseFolder(folder, SOURCE_DATA_FOLDER).toStdString(), "");
-  const QByteArray shipped = content(SOURCE_DATA_FOLDER "/catalogue.json");
+  ASSERT_EQ(prepareDatabaseFolder(folder, KORVEX2_SHIPPED_DATA).toStdString(), "");
+  const QByteArray shipped = content(KORVEX2_SHIPPED_DATA "/catalogue.json");
   ASSERT_FALSE(shipped.isEmpty());
   EXPECT_EQ(content(folder + "/catalogue.json"), shipped);
   EXPECT_FALSE(QDir(folder + "/bodies").isEmpty());
@@ -41,7 +41,7 @@ TEST(DatabaseFolder, TheFirstStartCopiesAndLaterStartsKeep) {
   ASSERT_TRUE(changed.open(QIODevice::WriteOnly));
   changed.write("{}");
   changed.close();
-  EXPECT_EQ(prepareDatabaseFolder(folder, SOURCE_DATA_FOLDER).toStdString(), "");
+  EXPECT_EQ(prepareDatabaseFolder(folder, KORVEX2_SHIPPED_DATA).toStdString(), "");
   EXPECT_EQ(content(folder + "/catalogue.json"), QByteArray("{}"));
 }
 
@@ -49,7 +49,7 @@ TEST(DatabaseFolder, TellsWhatKeepsItFromBeingMade) {
   const QTemporaryDir place;
   QFile file(place.filePath("file"));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  EXPECT_NE(prepareDatabaseFolder(place.filePath("file/database"), SOURCE_DATA_FOLDER).toStdString(), "");
+  EXPECT_NE(prepareDatabaseFolder(place.filePath("file/database"), KORVEX2_SHIPPED_DATA).toStdString(), "");
   EXPECT_NE(prepareDatabaseFolder(place.filePath("none"), {}).toStdString(), "");
   EXPECT_EQ(prepareDatabaseFolder(place.path(), {}).toStdString(), "") << "there is a folder already";
 }

@@ -1,8 +1,7 @@
 // The delivery thread: turns the simulated backend's state into live lines at a fixed rate.
-#ifndef KORVEX2_HOST_LIVESOURCE_H
-#define KORVEX2_HOST_LIVESOURCE_H
+#ifndef KORVEX2_BACKEND_LIVESOURCE_H
+#define KORVEX2_BACKEND_LIVESOURCE_H
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -17,11 +16,11 @@
 
 namespace korvex2 {
 
-class LiveDistributor;
+class LiveSink;
 
 /// Between the thread that changes the backend and the one that delivers there is one published state: an unchanging
 /// copy, replaced under a lock that is held for no longer than a pointer's copy. So the delivery never waits for a
-/// command that is being carried out, and neither does a command for a subscriber.
+/// command that is being carried out, and neither does a command for a receiver.
 ///
 /// Frames are numbered from start(), and their times are number / rate. A frame that could not be made in time is left
 /// out. While nothing is measured, the thread sleeps.
@@ -42,21 +41,19 @@ class LiveSource {
   /// Makes a new state the present one. Any thread.
   void publish(LiveState state);
 
-  /// Begins to deliver; nothing happens when it does already. `distributor` must live until stop().
-  void start(LiveDistributor& distributor);
-  /// Ends the delivery: no subscriber is called when it returns, and none will be. Nothing happens the second time.
-  /// Not to be called by a subscriber in its own call, nor while a subscriber waits for the caller.
+  /// Begins to deliver; nothing happens when it does already. `sink` must live until stop().
+  void start(LiveSink& sink);
+  /// Ends the delivery: the sink is not being called when it returns, and will not be. Nothing happens the second time.
+  /// Not to be called from within the sink, nor while the sink waits for the caller.
   void stop();
 
   int rate() const { return rate_; }
   bool isMeasuring() const;
-  /// Lines handed to subscribers so far.
-  std::uint64_t delivered() const { return delivered_.load(std::memory_order_relaxed); }
 
-  /// What the thread does whenever something changed or a frame is due: tells subscribers of the beginning and end of
+  /// What the thread does whenever something changed or a frame is due: tells the sink of the beginning and end of
   /// measurements, and delivers the frame that is due. Returns when it wants its next turn, nothing for "when something
   /// changes". Public for those who bring their own thread and clock, and then do not call start().
-  std::optional<Time> turn(LiveDistributor& distributor, Time now);
+  std::optional<Time> turn(LiveSink& sink, Time now);
 
  private:
   struct Published {
@@ -64,8 +61,7 @@ class LiveSource {
     std::uint64_t measurement = 0;  // number of the running measurement, 0 while there is none
   };
 
-  void run(LiveDistributor& distributor);
-  void deliver(LiveDistributor& distributor, const LiveState& state, std::int64_t frame);
+  void run(LiveSink& sink);
 
   const LiveLines lines_;
   const int rate_;
@@ -78,8 +74,7 @@ class LiveSource {
   bool stopping_ = false;
 
   FramePacer pacer_;               // delivery thread only, as is the next
-  std::uint64_t measurement_ = 0;  // the one that subscribers know of
-  std::atomic<std::uint64_t> delivered_{0};
+  std::uint64_t measurement_ = 0;  // the one that the sink knows of
   std::thread thread_;
 };
 

@@ -1,0 +1,4 @@
+// The program korvex2-backend.
+#include "listenaddress.h"
+
+int main() { return 1; }
