@@ -106,7 +106,7 @@ class BodyListWindow : public QDialog, public Requester, public MessageReceiver 
       read = channel_->get_string(description, "body desc standard b%2.2d", body) == 0 &&
              channel_->get_int(&markers, "body number_of_marker standard b%2.2d", body) == 0;
       const QString name = QString::fromUtf8(description).remove(QLatin1Char('"'));  // it comes in double quotes
-      list_->addItem(read ? tr("%1: %2, %n marker(s)", "", markers).arg(body).arg(name) : tr("%1: unknown").arg(body));
+      list_->addItem(read ? tr("%1: %2 (%3 markers)").arg(body).arg(name).arg(markers) : tr("%1: unknown").arg(body));
     }
     if (!read) {
       channel_->send_message("standard", "BodyList", 1, "Error: Unable to read the list of bodies");
@@ -128,6 +128,9 @@ class BodyListWindow : public QDialog, public Requester, public MessageReceiver 
   }
 
   void adjustBody() {
+    if (list_->currentRow() < 0) {
+      return;
+    }
     const QByteArray text = "OpenBodyAdjustmentDialog standard|" + QByteArray::number(list_->currentRow() + 1);
     hide();  // the dialog runs inside the next call and starts its own measurement
     if (channel_->send_message("BodyAdjustmentModule", "BodyList", 1, text.constData()) != 0) {
