@@ -54,10 +54,15 @@ QString exportBody(const BodyDatabase& database, const BodyKey& key, const QStri
   if (isInside(target, database.folder())) {
     return QStringLiteral("%1 lies in the folder of the body database").arg(QDir::toNativeSeparators(path));
   }
+  return writeBodyFile(path, bodyFileBytes(geometryOf(*body)));
+}
+
+QString writeBodyFile(const QString& path, const QByteArray& bytes) {
+  const QFileInfo target = targetOf(path);
   if (target.exists() && !target.isFile()) {
     return QStringLiteral("%1 is no file").arg(QDir::toNativeSeparators(path));
   }
-  return writeWholeFile(path, bodyFileBytes(geometryOf(*body)));
+  return writeWholeFile(path, bytes);
 }
 
 }  // namespace korvex2

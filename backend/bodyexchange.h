@@ -2,6 +2,7 @@
 #ifndef KORVEX2_BACKEND_BODYEXCHANGE_H
 #define KORVEX2_BACKEND_BODYEXCHANGE_H
 
+#include <QByteArray>
 #include <QString>
 
 #include "bodydatabase.h"
@@ -23,6 +24,10 @@ ImportableBody readImportableBody(const QString& path);
 /// Refused are bodies without markers, and files of the database itself, because other bodies may be read from them.
 /// Returns an empty text, or what went wrong.
 QString exportBody(const BodyDatabase& database, const BodyKey& key, const QString& path);
+
+/// Writes the bytes of a body file, which afterwards is whole or what it was before; folders and devices are refused.
+/// Returns an empty text, or what went wrong.
+QString writeBodyFile(const QString& path, const QByteArray& bytes);
 
 }  // namespace korvex2
 

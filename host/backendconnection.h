@@ -27,7 +27,7 @@ struct LiveStatus {
   bool measuring = false;   ///< whether a measurement runs
   std::uint64_t lines = 0;  ///< handed to subscribers so far
 
-  // What came over a network and was of no use, since the connection was last made:
+  // What came over a network and was of no use:
   std::uint64_t droppedDatagrams = 0;  ///< foreign, repeated, out of order, or without a frame number
   std::uint64_t droppedLines = 0;      ///< cut off, too long, or not plain text
 };

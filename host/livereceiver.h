@@ -1,0 +1,105 @@
+// The delivery thread of a connection over a network: takes datagrams and hands their lines to subscribers.
+#ifndef KORVEX2_HOST_LIVERECEIVER_H
+#define KORVEX2_HOST_LIVERECEIVER_H
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include <QHostAddress>
+
+namespace korvex2 {
+
+class LiveDistributor;
+
+/// A file descriptor that is closed in the end.
+class Descriptor {
+ public:
+  explicit Descriptor(int number = -1) : number_(number) {}
+  ~Descriptor();
+  Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
+  Descriptor& operator=(Descriptor&& other) noexcept;
+  int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+/// The GUI thread opens a port for each connection and says when a measurement begins and ends; what it says takes
+/// effect in the order it was said. Subscribers are called on the delivery thread only.
+///
+/// Taken are datagrams from the backend's address whose frame number is higher than that of the one before: what was
+/// sent twice or overtaken on its way is out of date. What is of no use is counted.
+///
+/// A frame that comes before the news that a measurement began is the news; frames that come shortly after a
+/// measurement's end belong to it and are out of date.
+class LiveReceiver {
+ public:
+  LiveReceiver();
+  ~LiveReceiver();
+  LiveReceiver(const LiveReceiver&) = delete;
+  LiveReceiver& operator=(const LiveReceiver&) = delete;
+
+  /// Begins to deliver; `distributor` must live until stop().
+  void start(LiveDistributor& distributor);
+  /// No subscriber is called when it returns, and none will be. Nothing happens the second time.
+  void stop();
+  bool isRunning() const { return thread_.joinable(); }
+
+  /// Takes datagrams of one connection from now on, in place of those of the one before.
+  /// @param own  the local address of the connection: datagrams to others do not come in
+  /// @return the port, 0 when there is none to be had
+  std::uint16_t open(const QHostAddress& own, const QHostAddress& backend);
+  /// The connection is no more: no measurement runs, and nothing is taken.
+  void close();
+  /// What the backend said of its measurement.
+  void setMeasuring(bool measuring);
+
+  bool isMeasuring() const { return told_.load(std::memory_order_relaxed); }
+  std::uint64_t delivered() const { return delivered_.load(std::memory_order_relaxed); }
+  std::uint64_t droppedDatagrams() const { return droppedDatagrams_.load(std::memory_order_relaxed); }
+  std::uint64_t droppedLines() const { return droppedLines_.load(std::memory_order_relaxed); }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  struct News {
+    enum class Kind { opened, closed, started, stopped };
+    Kind kind;
+    Descriptor socket;     // opened: where datagrams come
+    QHostAddress backend;  // opened: from whom
+  };
+
+  void run(LiveDistributor& distributor);
+  void tell(News news);
+  void take(News& news, LiveDistributor& distributor);
+  void setTold(bool measuring, LiveDistributor& distributor);
+  void receive(LiveDistributor& distributor);
+  void takeDatagram(int size, LiveDistributor& distributor);
+
+  const Descriptor wake_;
+
+  std::mutex mutex_;
+  std::vector<News> news_;  // guarded by mutex_
+  bool measuring_ = false;  // GUI thread: what was said last
+  std::atomic<bool> stopping_{false};
+
+  Descriptor socket_;  // delivery thread only, as are the next ones
+  QHostAddress backend_;
+  std::optional<std::uint64_t> lastFrame_;
+  std::optional<Clock::time_point> stoppedAt_;
+  std::vector<char> buffer_;
+
+  std::atomic<bool> told_{false};  // whether subscribers think that a measurement runs
+  std::atomic<std::uint64_t> delivered_{0};
+  std::atomic<std::uint64_t> droppedDatagrams_{0};
+  std::atomic<std::uint64_t> droppedLines_{0};
+  std::thread thread_;
+};
+
+}  // namespace korvex2
+
+#endif
