@@ -48,6 +48,7 @@ void BodyDatabase::takeLock() {
   if (lock_->tryLock(0) || lock_->error() != QLockFile::LockFailedError) {
     return;  // where no lock file can be written, no change can be written either, and says so when it is tried
   }
+  heldByAnother_ = true;
   readOnly_ = QStringLiteral("the database is in use by another program");
   problems_.append(QStringLiteral("%1: %2; changes are refused")
                        .arg(QDir::toNativeSeparators(cataloguePath() + QStringLiteral(".lock")), readOnly_));

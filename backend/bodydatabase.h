@@ -82,6 +82,8 @@ class BodyDatabase {
   const QString& folder() const { return folder_; }
   /// What was wrong when the folder was read; for the operator's eyes.
   const QStringList& problems() const { return problems_; }
+  /// Whether another program has the folder, so that nothing can be changed here.
+  bool isHeldByAnother() const { return heldByAnother_; }
 
   // Reading.
   const BackendSettings& settings() const { return settings_; }
@@ -149,6 +151,7 @@ class BodyDatabase {
   std::vector<std::vector<Body>> bodies_;  // parallel to types_
   QJsonObject catalogue_;                  // as on disk, unknown fields included
   QString readOnly_;                       // why nothing may be written; empty: it may
+  bool heldByAnother_ = false;
   std::unique_ptr<QLockFile> lock_;
 };
 
