@@ -53,8 +53,7 @@ class BodyListWindow : public QDialog, public Requester, public MessageReceiver 
     int block = 0;  // "6d 2 [0 1] [x y z] [9 numbers] [1 -1] [...": a body's first block has id and quality
     for (const char* at = std::strchr(line, '['); at != nullptr; at = std::strchr(at + 1, '[')) {
       int id = -1;
-      const auto number =
-          std::from_chars(at + 1, end, id);  // reads a decimal point in every locale, as strtod does not
+      const auto number = std::from_chars(at + 1, end, id);  // unlike strtod, it knows no decimal comma
       if (block++ % 3 == 0 && number.ec == std::errc() && id == report.id && number.ptr != end) {
         std::from_chars(number.ptr + 1, end, report.quality);
       }
@@ -98,7 +97,7 @@ class BodyListWindow : public QDialog, public Requester, public MessageReceiver 
  private:
   void readBodies() {
     list_->clear();
-    char description[200];
+    char description[200] = "";
     int bodies = 0;
     bool read = channel_->get_int(&bodies, "body number_of_bodies standard") == 0;
     for (int body = 1; read && body <= std::min(bodies, 99); ++body) {  // whatever the backend says
