@@ -143,6 +143,10 @@ FakeChannel::Answer ScriptedBackend::answer(const std::string& operation, const 
       return *wrong;
     }
   }
+  return undisturbedAnswer(operation, text);
+}
+
+FakeChannel::Answer ScriptedBackend::scriptedAnswer(const std::string& operation, const std::string& text) {
   if (const auto given = answerOfSystem(operation, text)) {
     return *given;
   }

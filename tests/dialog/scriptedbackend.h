@@ -4,6 +4,7 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -43,6 +44,9 @@ class ScriptedChannel : public FakeChannel {
 
 /// Behind `io` as long as it lives. Changes arrive in `bodies` as the texts say: a transform moves every marker to
 /// p' = R p + t, a deletion takes one out, a setting overwrites one value.
+///
+/// In the tests over a network the answers come from the real backend program instead: what a case sets here is set
+/// there before the next text goes out, and what a text changed there is read back into these fields.
 class ScriptedBackend {
  public:
   using Answer = FakeChannel::Answer;
@@ -84,7 +88,12 @@ class ScriptedBackend {
   Disturbance disturb;
 
  private:
+  struct Elsewhere;
+
   Answer answer(const std::string& operation, const std::string& text);
+  /// What the backend answers when nothing goes wrong: scriptedAnswer(), or what another backend says.
+  Answer undisturbedAnswer(const std::string& operation, const std::string& text);
+  Answer scriptedAnswer(const std::string& operation, const std::string& text);
   std::optional<Answer> answerOfSystem(const std::string& operation, const std::string& text);
   std::optional<Answer> answerOfDevices(const std::string& text);
   std::optional<Answer> answerOfCatalogue(const std::vector<std::string>& words);
@@ -96,6 +105,7 @@ class ScriptedBackend {
   int count(const std::string& type) const;
 
   int queries_ = 0;
+  std::shared_ptr<Elsewhere> elsewhere_;  // the way to another backend; empty when the answers are made here
 };
 
 /// R p + t with R's elements column by column, as the transform command sends them.
