@@ -11,24 +11,31 @@
 
 namespace korvex2 {
 
-BodyFileActions::BodyFileActions(BackendConnection& connection, MainWindow& window)
-    : QObject(&window), connection_(connection), window_(window) {
-  auto* fromFile = new QAction(tr("&Import body file..."), this);
-  fromFile->setObjectName(QStringLiteral("importBodyFile"));
-  fromFile->setStatusTip(tr("Replace the markers of a body by those of a file"));
-  connect(fromFile, &QAction::triggered, this, &BodyFileActions::importFile);
-  auto* toFile = new QAction(tr("&Export body file..."), this);
-  toFile->setObjectName(QStringLiteral("exportBodyFile"));
-  toFile->setStatusTip(tr("Write the markers of a body to a file"));
-  connect(toFile, &QAction::triggered, this, &BodyFileActions::exportFile);
-  const bool offered = connection_.bodyFiles() != nullptr;
-  fromFile->setEnabled(offered);
-  toFile->setEnabled(offered);
-  window_.addFileEntries({fromFile, toFile});
+BodyFileActions::BodyFileActions(MainWindow& window)
+    : QObject(&window),
+      window_(window),
+      import_(new QAction(tr("&Import body file..."), this)),
+      export_(new QAction(tr("&Export body file..."), this)) {
+  import_->setObjectName(QStringLiteral("importBodyFile"));
+  import_->setStatusTip(tr("Replace the markers of a body by those of a file"));
+  connect(import_, &QAction::triggered, this, &BodyFileActions::importFile);
+  export_->setObjectName(QStringLiteral("exportBodyFile"));
+  export_->setStatusTip(tr("Write the markers of a body to a file"));
+  connect(export_, &QAction::triggered, this, &BodyFileActions::exportFile);
+  import_->setEnabled(false);
+  export_->setEnabled(false);
+  window_.addFileEntries({import_, export_});
+}
+
+void BodyFileActions::setConnection(BackendConnection& connection) {
+  connection_ = &connection;
+  const bool offered = connection.bodyFiles() != nullptr && connection.linkStatus().state == LinkState::connected;
+  import_->setEnabled(offered);
+  export_->setEnabled(offered);
 }
 
 void BodyFileActions::importFile() {
-  BodyFileStore& store = *connection_.bodyFiles();
+  BodyFileStore& store = *connection_->bodyFiles();
   const QString obstacle = store.importObstacle();
   if (!obstacle.isEmpty()) {  // told before the operator looks for a file in vain
     const QString text = BodyImportDialog::failureText(obstacle);
@@ -36,12 +43,12 @@ void BodyFileActions::importFile() {
     BodyFileDialog::showFailure(BodyImportDialog::title(), text, &window_);
     return;
   }
-  BodyImportDialog dialog(store, listBodies(connection_), window_.startPage().selectedBody(), &window_);
+  BodyImportDialog dialog(store, listBodies(*connection_), window_.startPage().selectedBody(), &window_);
   run(dialog);
 }
 
 void BodyFileActions::exportFile() {
-  BodyExportDialog dialog(*connection_.bodyFiles(), listBodies(connection_), window_.startPage().selectedBody(),
+  BodyExportDialog dialog(*connection_->bodyFiles(), listBodies(*connection_), window_.startPage().selectedBody(),
                           &window_);
   run(dialog);
 }

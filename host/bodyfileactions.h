@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+class QAction;
+
 namespace korvex2 {
 
 class BackendConnection;
@@ -11,22 +13,28 @@ class BodyFileDialog;
 class MainWindow;
 
 /// Puts "&Import body file..." and "&Export body file..." (object names "importBodyFile" and "exportBodyFile") into the
-/// window's File menu. They are disabled for a connection without body files. Failures stand in a box and among the
-/// reports, successes in the status bar and among the reports.
+/// window's File menu. They are disabled for a connection without body files, and while it is not connected. Failures
+/// stand in a box and among the reports, successes in the status bar and among the reports.
 class BodyFileActions : public QObject {
   Q_OBJECT
 
  public:
-  /// Belongs to the window; the connection must outlive it.
-  BodyFileActions(BackendConnection& connection, MainWindow& window);
+  /// Belongs to the window. Nothing is offered before setConnection().
+  explicit BodyFileActions(MainWindow& window);
+
+  /// To be called for another connection, and when its link has changed. The connection must outlive the entries, or
+  /// the next one's setting.
+  void setConnection(BackendConnection& connection);
 
  private:
   void importFile();
   void exportFile();
   void run(BodyFileDialog& dialog);
 
-  BackendConnection& connection_;
+  BackendConnection* connection_ = nullptr;
   MainWindow& window_;
+  QAction* import_;
+  QAction* export_;
 };
 
 }  // namespace korvex2

@@ -30,6 +30,9 @@ bool copyBounded(const QByteArray& text, char* buffer) {
 
 /// Descriptions of bodies come in the language of whoever wrote them, so an answer may be any line of UTF-8.
 bool isOneLineOfText(const QByteArray& answer) {
+  if (isPrintableAscii(answer)) {
+    return true;  // as nearly all are
+  }
   const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
   return std::none_of(answer.cbegin(), answer.cend(), isControl) && QString::fromUtf8(answer).toUtf8() == answer;
 }
@@ -49,6 +52,11 @@ const char* const HostChannel::hostName = "Front end";
 
 HostChannel::HostChannel(BackendConnection* connection, QObject* parent) : QObject(parent), connection_(connection) {}
 
+void HostChannel::setConnection(BackendConnection* connection) {
+  connection_ = connection;
+  guard_.clear();
+}
+
 bool HostChannel::onOwnThread(const char* operation) const {
   if (QThread::currentThread() == thread()) {
     return true;
@@ -67,18 +75,40 @@ int HostChannel::ask(const char* prefix, const char* format, va_list values, QBy
     return wrongText;
   }
   line = prefix + *text;
-  QByteArray received;
-  if (connection_ == nullptr || !connection_->exchange(line, received)) {
-    emit exchanged(line, QByteArray(), false);
-    return notAnswered;
+  const int result = exchange(line, answer);
+  emit exchanged(line, answer, result != notAnswered);
+  if (result == notAnswered) {
+    return result;
   }
-  answer = withoutLineEnd(received);
-  emit exchanged(line, answer, true);
   if (!isOneLineOfText(answer) || !answer.startsWith("korvex2 ")) {
     qCWarning(logChannel) << "an answer that is none:" << answer.left(answerCapacity);
     return wrongAnswer;
   }
   return isRefusal(answer) ? refused : success;
+}
+
+int HostChannel::exchange(const QByteArray& line, QByteArray& answer) {
+  answer.clear();
+  if (connection_ == nullptr) {
+    return notAnswered;
+  }
+  const bool guarded = connection_->sharesBackend();
+  QByteArray received;
+  ChangeGuard::Verdict verdict = guarded ? guard_.before(*connection_, line, received) : ChangeGuard::Verdict::go;
+  if (verdict == ChangeGuard::Verdict::go && !connection_->exchange(line, received)) {
+    verdict = ChangeGuard::Verdict::notAnswered;
+  }
+  if (verdict == ChangeGuard::Verdict::notAnswered) {
+    return notAnswered;
+  }
+  answer = withoutLineEnd(received);
+  if (guarded && verdict == ChangeGuard::Verdict::go) {
+    const QString told = guard_.after(line, answer);
+    if (!told.isEmpty()) {
+      report(told);
+    }
+  }
+  return success;
 }
 
 int HostChannel::query(const char* format, va_list values, QByteArray& value) {

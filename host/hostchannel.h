@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QString>
 
+#include "changeguard.h"
 #include "iomanager.h"
 #include "livedistributor.h"
 
@@ -33,6 +34,9 @@ class BackendConnection;
 /// asked for on success, else it is empty; but a raw command leaves the raw answer in it whenever one came that fits, a
 /// refusal too. Numbers are written on success only. Null pointers are refused with wrongArgument.
 ///
+/// Where other programs reach the same backend, changes that build on what a module has read are guarded, see
+/// ChangeGuard; a refused one is told to the operator.
+///
 /// Operations with the backend run on the thread this object lives on (the GUI thread) and are refused elsewhere;
 /// subscriptions may be made and ended on any thread.
 class HostChannel : public QObject, public IOManager {
@@ -52,6 +56,9 @@ class HostChannel : public QObject, public IOManager {
 
   /// The connection stays the caller's and must outlive the channel; null stands for "not connected".
   explicit HostChannel(BackendConnection* connection, QObject* parent = nullptr);
+
+  /// Another backend from now on; null for none. Subscriptions and receivers stay.
+  void setConnection(BackendConnection* connection);
 
   int send_raw_command(char* answer, const char* format, ...) override KORVEX2_PRINTF(3, 4);
   int get_string(char* answer, const char* format, ...) override KORVEX2_PRINTF(3, 4);
@@ -88,9 +95,12 @@ class HostChannel : public QObject, public IOManager {
   int ask(const char* prefix, const char* format, va_list values, QByteArray& line, QByteArray& answer);
   /// Asks for a value: "korvex2 get TEXT", answered with "korvex2 set TEXT VALUE".
   int query(const char* format, va_list values, QByteArray& value);
+  /// One line there and its answer back; notAnswered, refused or success.
+  int exchange(const QByteArray& line, QByteArray& answer);
   bool onOwnThread(const char* operation) const;
 
   BackendConnection* connection_;
+  ChangeGuard guard_;
   LiveDistributor distributor_;
   std::map<QByteArray, MessageReceiver*> receivers_;
 };

@@ -12,7 +12,7 @@
 namespace korvex2 {
 
 /// Object name "liveStatus". Reads "Not measuring" or "Measuring, 120 lines/s"; brought up to date every second.
-/// Hidden where the connection has no live lines to offer.
+/// Hidden where the connection has no live lines to offer. The tool tip tells what was dropped.
 class LiveStatusLabel : public QLabel {
   Q_OBJECT
 
@@ -28,6 +28,7 @@ class LiveStatusLabel : public QLabel {
 
   std::function<LiveStatus()> status_;
   LiveStatus last_;
+  bool withdrawn_ = false;  // hidden because nothing is offered
   QElapsedTimer sinceLast_;
 };
 

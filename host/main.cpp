@@ -1,4 +1,5 @@
 // The program korvex2-frontend.
+#include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <memory>
@@ -6,11 +7,14 @@
 #include <QApplication>
 #include <QDir>
 
+#include "connectionactions.h"
+#include "connectionsettings.h"
 #include "databasefolder.h"
 #include "demo/demonstration.h"
 #include "embeddedconnection.h"
 #include "frontend.h"
 #include "modulesearch.h"
+#include "networkconnection.h"
 #include "programoptions.h"
 
 namespace {
@@ -55,7 +59,7 @@ LiveOptions liveOptions(const ProgramOptions& options, const QString& shipped) {
   return live;
 }
 
-std::unique_ptr<BackendConnection> connectBackend(const ProgramOptions& options) {
+std::unique_ptr<BackendConnection> simulatedBackend(const ProgramOptions& options) {
   const QString shipped = shippedDataFolder(QCoreApplication::applicationDirPath());
   const LiveOptions live = liveOptions(options, shipped);
   if (!options.databaseDir.isEmpty()) {
@@ -65,6 +69,16 @@ std::unique_ptr<BackendConnection> connectBackend(const ProgramOptions& options)
       options.demonstrationDir.isEmpty() ? userDatabaseFolder() : freshDemonstrationDatabase(options.demonstrationDir);
   const QString problem = prepareDatabaseFolder(folder, shipped);
   return std::make_unique<EmbeddedConnection>(folder, problem.isEmpty() ? QStringList() : QStringList(problem), live);
+}
+
+std::unique_ptr<BackendConnection> connectBackend(const ProgramOptions& options) {
+  if (!options.backend) {
+    return simulatedBackend(options);
+  }
+  NetworkOptions times;
+  times.commandTimeout =
+      std::chrono::milliseconds(options.timeout > 0 ? options.timeout : ConnectionSettings::timeout());
+  return std::make_unique<NetworkConnection>(*options.backend, times);
 }
 
 }  // namespace
@@ -89,12 +103,18 @@ int main(int argc, char** argv) {
     return 1;
   }
   Frontend frontend(connectBackend(options));
+  frontend.connections().offerSimulated([&options] { return simulatedBackend(options); });
+  frontend.connections().setTimeout(options.timeout);
   frontend.loadModules(moduleFolders(ModuleSearch::ofThisProgram(options.pluginDir)));
   int result = 0;
   if (options.demonstrationDir.isEmpty()) {
     frontend.window().restoreLayout();
     frontend.window().show();
     result = QApplication::exec();
+  } else if (frontend.connection().linkStatus().state != LinkState::connected) {
+    const QStringList problems = frontend.connection().problems();
+    std::fprintf(stderr, "korvex2-frontend: %s\n", qPrintable(problems.join(QLatin1Char(' '))));
+    result = 1;
   } else {
     result = runDemonstration(
         frontend.window(), options.demonstrationDir,

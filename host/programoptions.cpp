@@ -4,9 +4,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 
 #include <QCoreApplication>
 
+#include "connectionsettings.h"
 #include "livesource.h"
 
 namespace korvex2 {
@@ -38,21 +40,42 @@ QString folderValue(const QCommandLineParser& parser, const QCommandLineOption& 
   return pathValue(parser, option, tr("a folder"));
 }
 
-int rateValue(const QCommandLineParser& parser, const QCommandLineOption& option) {
+int numberValue(const QCommandLineParser& parser, const QCommandLineOption& option, int lowest, int highest,
+                int usual) {
   if (!parser.isSet(option)) {
-    return LiveSource::defaultRate;
+    return usual;
   }
   const QString value = parser.value(option);
   bool ok = false;
-  const int rate = value.toInt(&ok);
-  if (!ok || rate < LiveSource::lowestRate || rate > LiveSource::highestRate) {
+  const int number = value.toInt(&ok);
+  if (!ok || number < lowest || number > highest) {
     fail(tr("the option --%1 needs a whole number from %2 to %3, not \"%4\"")
              .arg(option.names().constFirst())
-             .arg(LiveSource::lowestRate)
-             .arg(LiveSource::highestRate)
+             .arg(lowest)
+             .arg(highest)
              .arg(value));
   }
-  return rate;
+  return number;
+}
+
+std::optional<BackendAddress> addressValue(const QCommandLineParser& parser, const QCommandLineOption& option,
+                                           const QList<QCommandLineOption>& simulation) {
+  if (!parser.isSet(option)) {
+    return std::nullopt;
+  }
+  QString problem;
+  const std::optional<BackendAddress> address = BackendAddress::parse(parser.value(option), &problem);
+  if (!address) {
+    fail(tr("the option --%1 needs HOST or HOST:PORT, not \"%2\": %3")
+             .arg(option.names().constFirst(), parser.value(option), problem));
+  }
+  for (const QCommandLineOption& other : simulation) {
+    if (parser.isSet(other)) {
+      fail(tr("the option --%1 is for the simulated backend in this program and does not go together with --%2")
+               .arg(other.names().constFirst(), option.names().constFirst()));
+    }
+  }
+  return address;
 }
 
 }  // namespace
@@ -85,7 +108,21 @@ ProgramOptions parseProgramOptions(const QStringList& arguments) {
                                     .arg(LiveSource::highestRate)
                                     .arg(LiveSource::defaultRate),
                                 QStringLiteral("hertz"));
-  parser.addOptions({pluginDir, database, trajectory, rate, list, demonstration});
+  const QCommandLineOption backend(
+      QStringLiteral("backend"),
+      tr("Connect to a backend on the network (port %1 unless told otherwise); without it the simulated backend in "
+         "this program is used.")
+          .arg(defaultBackendPort),
+      QStringLiteral("host:port"));
+  const QCommandLineOption timeout(
+      QStringLiteral("timeout"),
+      tr("Time within which a backend on the network has to answer a command, %1 to %2; without it the one last chosen "
+         "in the program, %3 at first.")
+          .arg(ConnectionSettings::shortestTimeout)
+          .arg(ConnectionSettings::longestTimeout)
+          .arg(ConnectionSettings::usualTimeout),
+      QStringLiteral("milliseconds"));
+  parser.addOptions({pluginDir, database, trajectory, rate, backend, timeout, list, demonstration});
 
   if (!parser.parse(arguments)) {
     fail(parser.errorText());
@@ -105,7 +142,10 @@ ProgramOptions parseProgramOptions(const QStringList& arguments) {
   options.databaseDir = folderValue(parser, database);
   options.demonstrationDir = folderValue(parser, demonstration);
   options.trajectory = pathValue(parser, trajectory, tr("a file"));
-  options.rate = rateValue(parser, rate);
+  options.rate = numberValue(parser, rate, LiveSource::lowestRate, LiveSource::highestRate, LiveSource::defaultRate);
+  options.timeout =
+      numberValue(parser, timeout, ConnectionSettings::shortestTimeout, ConnectionSettings::longestTimeout, 0);
+  options.backend = addressValue(parser, backend, {database, trajectory, rate});
   options.listModules = parser.isSet(list);
   return options;
 }

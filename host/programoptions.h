@@ -2,8 +2,12 @@
 #ifndef KORVEX2_HOST_PROGRAMOPTIONS_H
 #define KORVEX2_HOST_PROGRAMOPTIONS_H
 
+#include <optional>
+
 #include <QCommandLineParser>
 #include <QString>
+
+#include "backendaddress.h"
 
 namespace korvex2 {
 
@@ -14,6 +18,9 @@ struct ProgramOptions {
   QString demonstrationDir;  ///< empty: no demonstration
   QString trajectory;        ///< empty: the recorded motion that comes with the program
   int rate = 60;             ///< frames of live lines a second
+  /// Backend on the network; nothing: the simulated one in this program.
+  std::optional<BackendAddress> backend;
+  int timeout = 0;  ///< milliseconds within which a command has to be answered; 0: as remembered
   bool listModules = false;
 };
 

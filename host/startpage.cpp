@@ -132,11 +132,11 @@ StartPage::StartPage(QWidget* parent) : QWidget(parent) {
   bodies_ = table({tr("Body"), tr("Markers"), tr("State")}, "bodies");
   noBodies_ = note(this);
   noBodies_->setObjectName(QStringLiteral("noBodies"));
-  noBodies_->setText(tr("The backend knows no bodies."));
   bodies->addWidget(noBodies_);
   bodies->addWidget(bodies_, 1);
   bodies->addStretch(0);
 
+  setReachable(true);
   bodies_->setMinimumHeight(bodies_->fontMetrics().height() * 7);
   bodies_->headerItem()->setTextAlignment(1, Qt::AlignCenter);
   page->setColumnStretch(0, 2);
@@ -202,6 +202,11 @@ void StartPage::setBodies(const std::vector<BodySummary>& bodies) {
   }
   noBodies_->setVisible(bodies.empty());
   bodies_->setVisible(!bodies.empty());
+}
+
+void StartPage::setReachable(bool reachable) {
+  bodies_->setEnabled(reachable);
+  noBodies_->setText(reachable ? tr("The backend knows no bodies.") : tr("The bodies are shown when it is connected."));
 }
 
 std::optional<BodyId> StartPage::selectedBody() const {

@@ -32,6 +32,8 @@ class StartPage : public QWidget {
   void setModules(const std::vector<ModuleRecord>& records, const std::vector<ModuleFolder>& searched);
   /// The body that is selected stays so, wherever it is in the new list.
   void setBodies(const std::vector<BodySummary>& bodies);
+  /// While the backend is out of reach, what is known of it stands back.
+  void setReachable(bool reachable);
   std::optional<BodyId> selectedBody() const;
   /// A button for every action, with its shortcut beside it. Buttons of actions that are destroyed go with them.
   void setActions(const QList<QAction*>& actions);

@@ -19,7 +19,8 @@ TEST_F(BodyFiles, TheEntriesStandInTheFileMenuAboveQuit) {
   for (const QAction* action : frontend->window().menuBar()->actions().constFirst()->menu()->actions()) {
     texts.push_back(action->isSeparator() ? "-" : action->text().toStdString());
   }
-  EXPECT_EQ(texts, (std::vector<std::string>{"&Import body file...", "&Export body file...", "-", "&Quit"}));
+  EXPECT_EQ(texts, (std::vector<std::string>{"&Connect...", "Connect &again", "-", "&Import body file...",
+                                             "&Export body file...", "-", "&Quit"}));
   EXPECT_TRUE(entry(*frontend, "&Import body file...")->isEnabled());
   EXPECT_TRUE(entry(*frontend, "&Export body file...")->isEnabled());
 }
