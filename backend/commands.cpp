@@ -450,7 +450,26 @@ Outcome meetExpectation(const BodyDatabase& database, ClientState& client, const
   return Outcome::done();
 }
 
+template <typename Action>
+void appendPhrases(std::vector<QByteArray>& phrases, const QByteArray& beginning, const Table<Action>& table) {
+  for (const Phrase<Action>& phrase : table) {
+    QByteArray text = beginning;
+    for (const QByteArray& word : phrase.words) {
+      text += ' ' + word;
+    }
+    phrases.push_back(text);
+  }
+}
+
 }  // namespace
+
+std::vector<QByteArray> vocabulary() {
+  std::vector<QByteArray> phrases;
+  appendPhrases(phrases, "korvex2 get", queries());
+  appendPhrases(phrases, "korvex2 set", settings());
+  appendPhrases(phrases, "korvex2", commands());
+  return phrases;
+}
 
 QueryAnswer answerQuery(const Interpreter& interpreter, const ClientState& client, const std::vector<Field>& fields) {
   FieldReader reader(interpreter.database());

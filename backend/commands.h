@@ -42,6 +42,10 @@ struct QueryAnswer {
   Outcome outcome;
 };
 
+/// Every line that the backend understands, as a pattern: "korvex2 get body desc %type %body". The placeholders are
+/// those of Arguments; one that stands for several fields stands there as often.
+std::vector<QByteArray> vocabulary();
+
 /// Answers the fields behind `korvex2 get`.
 QueryAnswer answerQuery(const Interpreter& interpreter, const ClientState& client, const std::vector<Field>& fields);
 
