@@ -173,10 +173,11 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
     std::vector<Emission> emissions;
     bool isEmpty() const { return positions.empty(); }
   };
-  /// Emissions of a body as they were before the first apply that wrote others.
-  struct OverwrittenEmissions {
+  /// Emissions of a body as they were before the first apply, in the coordinate system of that time.
+  struct OriginalEmissions {
     ChosenBody body;
-    std::vector<Emission> original;
+    std::vector<Emission> values;
+    bool overwritten = false;  // an apply wrote others
   };
   /// What the canvas shows, kept here and mirrored by the context menu.
   struct DisplayFlags {
@@ -230,7 +231,8 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   bool write_chosen_body();
   void forget_written_change();
   void forget_deleted_marker();
-  void keep_original_emissions();
+  OriginalEmissions& keep_original_emissions();
+  const std::vector<Emission>& present_emissions() const;
   void reload_after_deletion(int marker);
   Geometry geometry_of_canvas() const;
   void fill_tables_from_canvas();
@@ -270,7 +272,7 @@ class BodyAdjustmentDialog : public QDialog, public Requester {
   int deleting_marker_ = -1;       // while the body is read again after its deletion
   bool deletion_pending_ = false;  // a deletion is in the backend and was not undone
   std::vector<bsMatrix> saved_transforms_;  // by body slot: what was applied since the opening
-  std::vector<OverwrittenEmissions> overwritten_;
+  std::vector<OriginalEmissions> original_emissions_;
   std::vector<bool> applied_;  // by row
   int standard_slots_ = 0;     // slots of standard bodies; those of hand-held devices follow
   bsFrame saved_view_;

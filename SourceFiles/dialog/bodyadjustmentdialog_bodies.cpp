@@ -267,11 +267,15 @@ bool BodyAdjustmentDialog::has_unwritten_change() const {
 // The coordinate system first; marker values only when emissions were edited, since the backend transforms its markers
 // by itself and more precisely than three decimals tell.
 bool BodyAdjustmentDialog::write_chosen_body() {
-  if (chosen_.name.isEmpty() || (canvas_->isBodyModified() && !send_command())) {
+  if (chosen_.name.isEmpty()) {
+    return false;
+  }
+  OriginalEmissions& original = keep_original_emissions();  // the backend turns them with the coordinate system
+  if (canvas_->isBodyModified() && !send_command()) {
     return false;
   }
   if (emissions_edited_) {
-    keep_original_emissions();
+    original.overwritten = true;
     const Geometry edited = geometry_of_canvas();
     saveBodyToBackend(edited.positions, edited.emissions);
   }
@@ -302,6 +306,11 @@ bool BodyAdjustmentDialog::send_command() {
     for (bsVector& position : undo_backup_.positions) {
       position = sent * position;
     }
+    const bsVector origin = sent * bsVector(0, 0, 0);
+    for (Emission& emission : undo_backup_.emissions) {  // directions: turned, not moved
+      const bsVector turned = sent * bsVector(emission.x, emission.y, emission.z) - origin;
+      emission = {turned.x, turned.y, turned.z, emission.angle};
+    }
   }
   return true;
 }
@@ -313,16 +322,24 @@ void BodyAdjustmentDialog::forget_written_change() {
   apply_button_enable(false);
 }
 
-// Undoing the coordinate system does not bring emissions back: they are overwritten, so the old ones must be kept. A
-// marker whose deletion can still be taken back counts among them.
-void BodyAdjustmentDialog::keep_original_emissions() {
-  for (const OverwrittenEmissions& kept : overwritten_) {
+// Undoing the coordinate system does not bring back emissions that were overwritten, so the old ones must be kept.
+BodyAdjustmentDialog::OriginalEmissions& BodyAdjustmentDialog::keep_original_emissions() {
+  for (OriginalEmissions& kept : original_emissions_) {
     if (kept.body.isSame(chosen_)) {
-      return;
+      if (!kept.overwritten && kept.values.size() != present_emissions().size()) {  // a marker is gone for good
+        kept.values = present_emissions();
+      }
+      return kept;
     }
   }
+  original_emissions_.push_back({chosen_, present_emissions()});
+  return original_emissions_.back();
+}
+
+// A marker whose deletion can still be taken back counts among them.
+const std::vector<Emission>& BodyAdjustmentDialog::present_emissions() const {
   const bool deletionPending = deletion_pending_ && backup_body_.isSame(chosen_) && !undo_backup_.isEmpty();
-  overwritten_.push_back({chosen_, deletionPending ? undo_backup_.emissions : geometry_.emissions});
+  return deletionPending ? undo_backup_.emissions : geometry_.emissions;
 }
 
 bsMatrix& BodyAdjustmentDialog::saved_transform(const ChosenBody& body) {

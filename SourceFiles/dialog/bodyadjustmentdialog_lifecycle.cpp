@@ -79,7 +79,7 @@ void BodyAdjustmentDialog::reset_bookkeeping() {
   deleted_marker_ = -1;
   deletion_pending_ = false;
   change_written_ = false;
-  overwritten_.clear();
+  original_emissions_.clear();
   saved_transforms_.clear();
   applied_.clear();
 
@@ -291,9 +291,9 @@ void BodyAdjustmentDialog::write_emissions_back(const ChosenBody& body) {
   if (!backend_.writesEmissions()) {
     return;
   }
-  for (const OverwrittenEmissions& kept : overwritten_) {
-    for (std::size_t i = 0; kept.body.isSame(body) && i < kept.original.size(); ++i) {
-      backend_.setMarkerEmission(body.address(), body.id + 1, static_cast<int>(i) + 1, kept.original[i]);
+  for (const OriginalEmissions& kept : original_emissions_) {
+    for (std::size_t i = 0; kept.overwritten && kept.body.isSame(body) && i < kept.values.size(); ++i) {
+      backend_.setMarkerEmission(body.address(), body.id + 1, static_cast<int>(i) + 1, kept.values[i]);
     }
   }
 }

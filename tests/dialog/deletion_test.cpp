@@ -481,6 +481,26 @@ TEST_F(Deletion, EmissionsAppliedAfterItAreDiscardedTogetherWithIt) {
   EXPECT_EQ(cup().emissions, emissions);
 }
 
+TEST_F(Deletion, CancellingAfterATurnWasAppliedBringsEveryEmissionBack) {
+  cup().emissions[5] = {0, 0.6, 0.8, 20};
+  cup().emissions[2] = {1, 0, 0, 30};
+  const std::vector<Point> before = cup().markers;
+  const std::vector<EmissionValues> emissions = cup().emissions;
+  watch.expectBox("Korvex2", deleteQuestion, QMessageBox::Ok);
+  watch.expectBox("Body Adjustment", discardQuestion, QMessageBox::Yes);
+  run([&] {
+    choose(cupRow);
+    select({2});
+    click("pushButton_deleteMarker");
+    enter("body_ori_xyzWidget", 2, "90");
+    click("apply_button");
+    EXPECT_EQ(cup().emissions.back(), (EmissionValues{0.6, 0, 0.8, 20}));
+    click("cancel_button");
+  });
+  expectPoints(cup().markers, before);
+  EXPECT_EQ(cup().emissions, emissions);
+}
+
 TEST_F(Deletion, TheKeptMarkersGoBothWays) {
   make();
   run([&] {

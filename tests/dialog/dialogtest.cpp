@@ -58,6 +58,7 @@ DialogTest::DialogTest() {
 DialogTest::~DialogTest() = default;
 
 BodyAdjustmentDialog& DialogTest::make() {
+  backend.prepare();
   dialog = std::make_unique<BodyAdjustmentDialog>(&backend.io, nullptr, &backend.versions);
   backend.io.takeLog();
   return *dialog;

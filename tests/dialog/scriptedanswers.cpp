@@ -3,6 +3,8 @@
 
 struct ScriptedBackend::Elsewhere {};
 
+void ScriptedBackend::prepare() {}
+
 FakeChannel::Answer ScriptedBackend::undisturbedAnswer(const std::string& operation, const std::string& text) {
   return scriptedAnswer(operation, text);
 }

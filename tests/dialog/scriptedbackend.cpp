@@ -308,6 +308,10 @@ FakeChannel::Answer ScriptedBackend::transform(const std::vector<std::string>& w
   for (Point& marker : body->markers) {
     marker = moved(rotation, translation, marker);
   }
+  for (EmissionValues& emission : body->emissions) {  // directions turn with the coordinate system
+    const Point turned = moved(rotation, {0, 0, 0}, {emission[0], emission[1], emission[2]});
+    emission = {turned[0], turned[1], turned[2], emission[3]};
+  }
   return {0, "korvex2 ok"};
 }
 

@@ -43,7 +43,7 @@ class ScriptedChannel : public FakeChannel {
 };
 
 /// Behind `io` as long as it lives. Changes arrive in `bodies` as the texts say: a transform moves every marker to
-/// p' = R p + t, a deletion takes one out, a setting overwrites one value.
+/// p' = R p + t and turns every emission's direction, a deletion takes one out, a setting overwrites one value.
 ///
 /// In the tests over a network the answers come from the real backend program instead: what a case sets here is set
 /// there before the next text goes out, and what a text changed there is read back into these fields.
@@ -58,6 +58,10 @@ class ScriptedBackend {
   ScriptedBackend();
   ScriptedBackend(const ScriptedBackend&) = delete;
   ScriptedBackend& operator=(const ScriptedBackend&) = delete;
+
+  /// Gets ready to answer, which may take a turn of the event loop when the answers come from elsewhere. The first text
+  /// does it otherwise.
+  void prepare();
 
   ScriptedBody& add(ScriptedBody body);
   ScriptedBody& body(const std::string& type, int number);

@@ -124,17 +124,21 @@ struct ScriptedBackend::Elsewhere {
   int scripted = 0;
 };
 
-FakeChannel::Answer ScriptedBackend::undisturbedAnswer(const std::string& operation, const std::string& text) {
+void ScriptedBackend::prepare() {
   if (!elsewhere_) {
     elsewhere_ = std::make_shared<Elsewhere>();
-  }
-  if (staysScripted(text)) {
-    ++elsewhere_->scripted;
-    return scriptedAnswer(operation, text);
   }
   MirroredBackend& backend = MirroredBackend::instance();
   if (backend.bring(*this, isListed()) || !elsewhere_->connection) {
     elsewhere_->connect(backend.port());
+  }
+}
+
+FakeChannel::Answer ScriptedBackend::undisturbedAnswer(const std::string& operation, const std::string& text) {
+  prepare();
+  if (staysScripted(text)) {
+    ++elsewhere_->scripted;
+    return scriptedAnswer(operation, text);
   }
   const int exchangesBefore = elsewhere_->exchanges;
   const Answer given = elsewhere_->ask(operation, text);
@@ -146,7 +150,7 @@ FakeChannel::Answer ScriptedBackend::undisturbedAnswer(const std::string& operat
   EXPECT_TRUE(given.result == 0 || elsewhere_->lastExchange.contains("-> korvex2 err 5 "))
       << elsewhere_->lastExchange.toStdString();
   if (operation == "set_value" || operation == "send_raw_command") {
-    backend.readBack(*this, text);
+    MirroredBackend::instance().readBack(*this, text);
   }
   return given;
 }
