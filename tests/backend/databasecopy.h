@@ -75,6 +75,12 @@ inline std::string dumpOf(korvex2::Interpreter& interpreter) {
   return text;
 }
 
+/// Each change is flushed to its disk before it is acknowledged; memory spares the tests the waiting.
+inline QString temporaryTemplate() {
+  const QString memory = QStringLiteral("/dev/shm");
+  return (QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/korvex2-XXXXXX");
+}
+
 class DatabaseCopy : public testing::Test {
  protected:
   void SetUp() override {
@@ -119,12 +125,6 @@ class DatabaseCopy : public testing::Test {
 
   /// What the operator is told, joined.
   std::string problems() const { return database->problems().join('\n').toStdString(); }
-
-  /// Each change is flushed to its disk before it is acknowledged; memory spares the tests the waiting.
-  static QString temporaryTemplate() {
-    const QString memory = QStringLiteral("/dev/shm");
-    return (QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/korvex2-XXXXXX");
-  }
 
   QTemporaryDir temporary{temporaryTemplate()};
   std::unique_ptr<korvex2::BodyDatabase> database;
