@@ -1,0 +1,164 @@
+// The backend program is killed before, during and after an apply.
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <thread>
+
+#include "operatedhost.h"
+
+namespace {
+
+using namespace korvex2_test;
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::HasSubstr;
+
+class BackendKilled : public NetworkTest {
+ protected:
+  void SetUp() override {
+    NetworkTest::SetUp();
+    connectHost();
+    before = storedMarkers();
+  }
+  static bool tellsOfTheLoss(const QStringList& reports) {
+    for (const QString& report : reports) {
+      if (report.startsWith("The connection to the backend at ") && report.contains(" was lost: ")) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  std::vector<Position> before;
+};
+
+TEST_F(BackendKilled, BeforeAnApplyTheChangeStaysAndIsAppliedOnceItIsBack) {
+  host->run([this] {
+    host->choose(cupRow);
+    host->move("14");
+    backend.kill();
+    host->click("apply_button");
+    EXPECT_TRUE(becomes([this] { return tellsOfTheLoss(host->reports); }));
+    EXPECT_TRUE(host->takeReports().contains(transformFailed));
+    EXPECT_TRUE(host->status().startsWith("Reconnecting to 127.0.0.1:")) << qPrintable(host->status());
+    EXPECT_TRUE(host->dialog->isVisible());
+    EXPECT_TRUE(host->canvas().isBodyModified());
+    expectNear(storedMarkers(), before);
+
+    ASSERT_TRUE(backend.startAgain());
+    ASSERT_TRUE(comesBack());
+    host->takeReports();
+    if (!host->enabled("apply_button")) {  // a failed apply leaves it to the next change to enable it
+      host->enter("body_pos_xyzWidget", 1, "3");
+    }
+    host->click("apply_button");
+    EXPECT_EQ(host->takeReports().join('\n').toStdString(), "");
+    EXPECT_FALSE(host->canvas().isBodyModified());
+    host->click("ok_button");
+  });
+  const std::vector<Position> after = storedMarkers();
+  expectNear(host->shown().empty() ? after : after, after);
+  ASSERT_EQ(after.size(), before.size());
+  for (std::size_t i = 0; i < after.size(); ++i) {
+    EXPECT_NEAR(after[i][0], before[i][0] - 14, 0.002);
+  }
+  expectSoundDatabase();
+}
+
+/// Moments from just before the command is passed on to well after its answer; the steps are finest where the program
+/// writes its files.
+TEST_F(BackendKilled, DuringAnApplyLeavesTheBodyBeforeOrAfterItNeverBetween) {
+  int applied = 0;
+  int notApplied = 0;
+  for (int moment = 0; moment < 12; ++moment) {
+    SCOPED_TRACE(moment);
+    const std::vector<Position> old = storedMarkers();
+    const auto delay = std::chrono::microseconds(moment * moment * 12);
+    std::atomic<bool> acknowledged{false};
+    relay->onLine([&](const PassingLine& line) {
+      if (line.isCommand("korvex2 body transform ")) {
+        if (moment == 0) {
+          backend.killNow();
+        }
+        return Fate::pass().andThen([&, delay] {
+          const auto end = std::chrono::steady_clock::now() + delay;
+          while (std::chrono::steady_clock::now() < end) {
+          }
+          backend.killNow();
+        });
+      }
+      if (line.isAnswerTo("korvex2 body transform ") && line.text == "korvex2 ok") {
+        acknowledged = true;
+      }
+      return Fate::pass();
+    });
+    host->run([this] {
+      host->choose(cupRow);
+      host->move("14");
+      host->click("apply_button");
+      EXPECT_TRUE(becomes([this] { return tellsOfTheLoss(host->reports); }));
+      EXPECT_TRUE(host->dialog->isVisible());
+    });
+    relay->passEverything();
+    backend.kill();  // and is waited for
+    const bool reportedFailure = host->takeReports().contains(transformFailed);
+    const std::vector<Position> now = storedMarkers();
+    const bool isNew = areNear(now, movedAlongX(old, 14));
+    EXPECT_TRUE(isNew || areNear(now, old)) << "something between";
+    EXPECT_TRUE(isNew || !acknowledged) << "acknowledged and lost";
+    EXPECT_TRUE(isNew || reportedFailure) << "not applied and not told";
+    expectSoundDatabase();
+    ++(isNew ? applied : notApplied);
+
+    ASSERT_TRUE(backend.startAgain());
+    ASSERT_TRUE(comesBack());
+    host->takeReports();
+    host->run([this] {  // what the operator sees next is what the files say
+      host->choose(cupRow);
+      expectNear(host->shown(), storedMarkers());
+    });
+  }
+  EXPECT_GT(notApplied, 0);
+  std::printf("[ MOMENTS  ] %d applied, %d not\n", applied, notApplied);
+}
+
+TEST_F(BackendKilled, AfterAnApplyWhatWasAcknowledgedIsThere) {
+  host->run([this] {
+    host->choose(cupRow);
+    host->move("14");
+    host->click("apply_button");
+    EXPECT_EQ(host->takeReports().join('\n').toStdString(), "");
+    backend.kill();
+    expectNear(storedMarkers(), movedAlongX(before, 14));
+    expectNear(host->shown(), movedAlongX(before, 14));
+    ASSERT_TRUE(backend.startAgain());
+    ASSERT_TRUE(comesBack());
+    host->choose(tableRow);
+    host->choose(cupRow);
+    expectNear(host->shown(), movedAlongX(before, 14));
+  });
+  expectSoundDatabase();
+}
+
+TEST_F(BackendKilled, WhileTheDialogOpensItCanStillBeClosed) {
+  relay->onLine([this](const PassingLine& line) {
+    return line.isCommand("korvex2 get body type_desc") ? Fate::pass().andThen([this] { backend.killNow(); })
+                                                        : Fate::pass();
+  });
+  host->run([this] {
+    EXPECT_TRUE(host->dialog->isVisible());
+    host->click("cancel_button");
+    EXPECT_FALSE(host->dialog->isVisible());
+  });
+  EXPECT_TRUE(becomes([this] { return tellsOfTheLoss(host->reports); }));
+  expectNear(storedMarkers(), before);
+  relay->passEverything();
+  ASSERT_TRUE(backend.startAgain());
+  ASSERT_TRUE(comesBack());
+  host->run([this] {
+    host->choose(cupRow);
+    expectNear(host->shown(), before);
+  });
+}
+
+}  // namespace
