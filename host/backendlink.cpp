@@ -167,7 +167,7 @@ void BackendLink::post(const QByteArray& line) {
   if (posted_.empty()) {
     patience_.start(options_.commandTimeout);
   }
-  posted_.push_back(line);
+  posted_.push_back({line, Clock::now()});
   goesOn(socket_->write(line + '\n', Clock::now() + options_.commandTimeout));
 }
 
@@ -204,10 +204,10 @@ bool BackendLink::accept(const QByteArray& line) {
     return false;
   }
   lastTraffic_ = Clock::now();
-  const QByteArray asked = posted_.front();
+  const Posted asked = posted_.front();
   posted_.pop_front();
   posted_.empty() ? patience_.stop() : patience_.start(options_.commandTimeout);
-  if (!owner_.takePostedAnswer(asked, line)) {
+  if (!owner_.takePostedAnswer(asked.line, line, asked.asked)) {
     fail(tr("the backend sent more than was asked for"));
     return false;
   }

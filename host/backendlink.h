@@ -35,9 +35,10 @@ class BackendLinkOwner {
   /// The answer to one of them.
   /// @return empty, or why this is no backend to talk to
   virtual QString takeOpeningAnswer(const QByteArray& line, const QByteArray& answer) = 0;
-  /// The answer to a line that was posted.
+  /// The answer to a line that was posted at that time.
   /// @return false when it belongs to no such line
-  virtual bool takePostedAnswer(const QByteArray& line, const QByteArray& answer) = 0;
+  virtual bool takePostedAnswer(const QByteArray& line, const QByteArray& answer,
+                                std::chrono::steady_clock::time_point asked) = 0;
   /// The status of the link is another one.
   virtual void linkChanged() = 0;
 };
@@ -81,6 +82,10 @@ class BackendLink : public QObject {
  private:
   using Result = LineSocket::Result;
   using Clock = LineSocket::Clock;
+  struct Posted {
+    QByteArray line;
+    Clock::time_point asked;
+  };
   enum class Stage { waiting, connecting, opening, connected };
 
   void attempt();
@@ -109,8 +114,8 @@ class BackendLink : public QObject {
   std::unique_ptr<QTcpSocket> connector_;
   std::unique_ptr<LineSocket> socket_;
   std::unique_ptr<QSocketNotifier> notifier_;
-  QList<QByteArray> opening_;      // what is still to be sent, the one under way first
-  std::deque<QByteArray> posted_;  // whose answers are still to come
+  QList<QByteArray> opening_;  // what is still to be sent, the one under way first
+  std::deque<Posted> posted_;  // whose answers are still to come
 
   QTimer retry_;      // next attempt
   QTimer limit_;      // end of the present attempt

@@ -75,20 +75,20 @@ std::uint16_t LiveReceiver::open(const QHostAddress& own, const QHostAddress& ba
     return 0;
   }
   measuring_ = false;
-  tell({News::Kind::opened, std::move(descriptor), backend});
+  tell({News::Kind::opened, std::move(descriptor), backend, Clock::now()});
   return socket.localPort();
 }
 
 void LiveReceiver::close() {
   measuring_ = false;
-  tell({News::Kind::closed, Descriptor(), QHostAddress()});
+  tell({News::Kind::closed, Descriptor(), QHostAddress(), Clock::now()});
 }
 
-void LiveReceiver::setMeasuring(bool measuring) {
+void LiveReceiver::setMeasuring(bool measuring, Clock::time_point asked) {
   // Said again after every command or question that tells it: what a frame announced may have been an error.
   if (measuring || measuring_ || isMeasuring()) {
     measuring_ = measuring;
-    tell({measuring ? News::Kind::started : News::Kind::stopped, Descriptor(), QHostAddress()});
+    tell({measuring ? News::Kind::started : News::Kind::stopped, Descriptor(), QHostAddress(), asked});
   }
 }
 
@@ -133,6 +133,7 @@ void LiveReceiver::take(News& news, LiveDistributor& distributor) {
       setTold(false, distributor);
       lastFrame_.reset();
       stoppedAt_.reset();
+      announcedAt_.reset();
       socket_ = std::move(news.socket);
       backend_ = news.backend;
       break;
@@ -140,6 +141,10 @@ void LiveReceiver::take(News& news, LiveDistributor& distributor) {
       setTold(true, distributor);
       break;
     case News::Kind::stopped:
+      if (announcedAt_ && news.asked < *announcedAt_) {
+        break;  // out of date: a measurement began since
+      }
+      announcedAt_.reset();
       setTold(false, distributor);
       stoppedAt_ = Clock::now();
       break;
@@ -183,7 +188,10 @@ void LiveReceiver::takeDatagram(int size, LiveDistributor& distributor) {
   if (!told_.load(std::memory_order_relaxed) && stoppedAt_ && Clock::now() - *stoppedAt_ < afterglow) {
     return;
   }
-  setTold(true, distributor);
+  if (!told_.load(std::memory_order_relaxed)) {
+    announcedAt_ = Clock::now();
+    setTold(true, distributor);
+  }
   droppedLines_.fetch_add(static_cast<std::uint64_t>(datagram.dropped), std::memory_order_relaxed);
   for (const QByteArray& line : datagram.lines) {
     const QByteArray tag = line.left(line.indexOf(' '));

@@ -56,8 +56,11 @@ class LiveReceiver {
   std::uint16_t open(const QHostAddress& own, const QHostAddress& backend);
   /// The connection is no more: no measurement runs, and nothing is taken.
   void close();
+  using Clock = std::chrono::steady_clock;
+
   /// What the backend said of its measurement.
-  void setMeasuring(bool measuring);
+  /// @param asked  since when that is true at least: an answer may be older than what a frame told meanwhile
+  void setMeasuring(bool measuring, Clock::time_point asked = Clock::now());
 
   bool isMeasuring() const { return told_.load(std::memory_order_relaxed); }
   std::uint64_t delivered() const { return delivered_.load(std::memory_order_relaxed); }
@@ -65,12 +68,12 @@ class LiveReceiver {
   std::uint64_t droppedLines() const { return droppedLines_.load(std::memory_order_relaxed); }
 
  private:
-  using Clock = std::chrono::steady_clock;
   struct News {
     enum class Kind { opened, closed, started, stopped };
     Kind kind;
     Descriptor socket;     // opened: where datagrams come
     QHostAddress backend;  // opened: from whom
+    Clock::time_point asked;
   };
 
   void run(LiveDistributor& distributor);
@@ -91,6 +94,7 @@ class LiveReceiver {
   QHostAddress backend_;
   std::optional<std::uint64_t> lastFrame_;
   std::optional<Clock::time_point> stoppedAt_;
+  std::optional<Clock::time_point> announcedAt_;  // by a frame
   std::vector<char> buffer_;
 
   std::atomic<bool> told_{false};  // whether subscribers think that a measurement runs

@@ -17,6 +17,8 @@ namespace korvex2 {
 
 namespace {
 
+using Clock = LiveReceiver::Clock;
+
 QString tr(const char* text) { return QCoreApplication::translate("NetworkConnection", text); }
 
 /// The host's output channel at the backend.
@@ -93,10 +95,10 @@ class NetworkConnection::Link : public BackendLinkOwner {
     return {};
   }
 
-  bool takePostedAnswer(const QByteArray& line, const QByteArray& answer) override {
+  bool takePostedAnswer(const QByteArray& line, const QByteArray& answer, Clock::time_point asked) override {
     const QByteArray said = withoutLineEnd(answer);
     if (line == statusLine) {
-      return isRefusal(said) || (valueAfter("korvex2 set status active", said) && (watch(line, said), true));
+      return isRefusal(said) || (valueAfter("korvex2 set status active", said) && (watch(line, said, asked), true));
     }
     return isRefusal(said) || said == answeredOk;
   }
@@ -111,11 +113,11 @@ class NetworkConnection::Link : public BackendLinkOwner {
     }
   }
 
-  /// Learns from a command of a module and its answer.
-  void watch(const QByteArray& line, const QByteArray& said) {
+  /// Learns from a command and its answer.
+  void watch(const QByteArray& line, const QByteArray& said, Clock::time_point asked) {
     if (line == statusLine) {
       if (const auto state = valueAfter("korvex2 set status active", said)) {
-        receiver.setMeasuring(*state == "mea");
+        receiver.setMeasuring(*state == "mea", asked);
       }
     } else if (said == answeredOk && line == "korvex2 tracking start") {
       receiver.setMeasuring(true);
@@ -178,6 +180,7 @@ const BackendAddress& NetworkConnection::address() const { return link_->address
 const NetworkOptions& NetworkConnection::options() const { return link_->options; }
 
 bool NetworkConnection::exchange(const QByteArray& line, QByteArray& answer) {
+  const Clock::time_point asked = Clock::now();
   const bool answered = link_->link.exchange(line, answer);
   if (!answered) {
     if (line.startsWith(kindLine)) {
@@ -186,7 +189,7 @@ bool NetworkConnection::exchange(const QByteArray& line, QByteArray& answer) {
     return false;
   }
   if (!line.startsWith("korvex2 get ") || line == statusLine) {
-    link_->watch(line, answer);
+    link_->watch(line, answer, asked);
   }
   return true;
 }
