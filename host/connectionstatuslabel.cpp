@@ -19,9 +19,9 @@ void drawSign(QPainter& painter, const LinkStatus& status) {
     painter.setPen(QPen(color, 0.14, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   };
   painter.setBrush(Qt::NoBrush);
-  if (status.place.isEmpty()) {  // a ring
+  if (status.place.isEmpty()) {  // an empty square
     pen(QColor(0x5a, 0x6b, 0x7b));
-    painter.drawEllipse(QRectF(0.14, 0.14, 0.72, 0.72));
+    painter.drawRoundedRect(QRectF(0.07, 0.07, 0.86, 0.86), 0.18, 0.18);
     return;
   }
   switch (status.state) {
@@ -83,7 +83,7 @@ void ConnectionStatusLabel::showStatus(const LinkStatus& status, const QStringLi
   if (waits) {
     lines += tr("Click to try at once");
   }
-  setToolTip(Qt::convertFromPlainText(lines.join(QLatin1Char('\n'))));
+  setToolTip(Qt::convertFromPlainText(lines.join(QLatin1Char('\n')), Qt::WhiteSpaceNormal));
   setCursor(waits ? Qt::PointingHandCursor : Qt::ArrowCursor);
   updateGeometry();
   update();
