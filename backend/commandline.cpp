@@ -4,6 +4,7 @@
 #include <QTextCodec>
 
 #include <algorithm>
+#include <utility>
 
 #include "interpreter.h"
 
@@ -49,6 +50,8 @@ CommandLine splitCommandLine(const QByteArray& line) {
     return refused("the line has control characters");
   }
   CommandLine result;
+  constexpr std::size_t usualFields = 18;  // the longest command
+  result.fields.reserve(usualFields);
   int position = 0;
   while (true) {
     while (position < end && isBlank(line[position])) {
@@ -81,7 +84,7 @@ CommandLine splitCommandLine(const QByteArray& line) {
     if (field.quoted ? !isUtf8(field.text) : !isAscii(field.text)) {
       return refused("the line has bytes that are no text");
     }
-    result.fields.push_back(field);
+    result.fields.push_back(std::move(field));
   }
 }
 

@@ -35,10 +35,13 @@ class FieldReader {
  public:
   explicit FieldReader(const BodyDatabase& database) : database_(database) {}
 
-  Outcome take(const QByteArray& placeholder, const Field& field) {
+  using Take = Outcome (FieldReader::*)(const QByteArray&);
+
+  // What reads the field at the place of a pattern's word; null for a word that stands for itself.
+  static Take takerOf(const QByteArray& word) {
     struct Kind {
       const char* placeholder;
-      Outcome (FieldReader::*take)(const QByteArray&);
+      Take take;
     };
     static const Kind kinds[] = {
         {"%type", &FieldReader::takeType},       {"%typenumber", &FieldReader::takeTypeNumber},
@@ -49,15 +52,16 @@ class FieldReader {
         {"%channel", &FieldReader::takeChannel}, {"%port", &FieldReader::takePort},
         {"%state", &FieldReader::takeState},     {"%file", &FieldReader::takeFile},
     };
-    if (field.quoted && placeholder != "%text") {
+    const auto* const kind =
+        std::find_if(std::begin(kinds), std::end(kinds), [&word](const Kind& k) { return word == k.placeholder; });
+    return kind == std::end(kinds) ? nullptr : kind->take;
+  }
+
+  Outcome take(Take reader, const Field& field) {
+    if (field.quoted && reader != &FieldReader::takeText) {
       return badValue(QStringLiteral("a field is in double quotes that is no text"));
     }
-    for (const Kind& kind : kinds) {
-      if (placeholder == kind.placeholder) {
-        return (this->*kind.take)(field.text);
-      }
-    }
-    return Outcome::failed(ErrorNumber::Unknown, QStringLiteral("unknown field"));
+    return (this->*reader)(field.text);
   }
 
   Arguments arguments;
@@ -185,12 +189,19 @@ class FieldReader {
   const BodyDatabase& database_;
 };
 
+// A word of a pattern: one that stands for itself, or one that stands for a field.
+struct Word {
+  QByteArray text;
+  FieldReader::Take take;  // null when it stands for itself
+};
+
 // The words of a pattern. "%real*3" stands for three fields.
-std::vector<QByteArray> wordsOf(const char* pattern) {
-  std::vector<QByteArray> words;
+std::vector<Word> wordsOf(const char* pattern) {
+  std::vector<Word> words;
   for (const QByteArray& word : QByteArray(pattern).split(' ')) {
     const int star = word.indexOf('*');
-    words.insert(words.end(), star < 0 ? 1U : word.mid(star + 1).toUInt(), star < 0 ? word : word.left(star));
+    const QByteArray text = star < 0 ? word : word.left(star);
+    words.insert(words.end(), star < 0 ? 1U : word.mid(star + 1).toUInt(), {text, FieldReader::takerOf(text)});
   }
   return words;
 }
@@ -200,21 +211,21 @@ template <typename Action>
 struct Phrase {
   Phrase(const char* pattern, Action action)
       : words(wordsOf(pattern)),
-        literals(std::find_if(words.begin(), words.end(), [](const QByteArray& w) { return w.startsWith('%'); }) -
-                 words.begin()),
+        literals(static_cast<std::size_t>(
+            std::find_if(words.begin(), words.end(), [](const Word& w) { return w.take != nullptr; }) - words.begin())),
         action(action) {}
 
-  // Whether every word that is no placeholder stands at its place, as far as there are fields.
+  // Whether every word that stands for itself stands at its place, as far as there are fields.
   bool beginsAs(const std::vector<Field>& fields) const {
-    return static_cast<std::ptrdiff_t>(fields.size()) >= literals &&
-           std::equal(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(std::min(words.size(), fields.size())),
-                      fields.begin(), [](const QByteArray& word, const Field& field) {
-                        return word.startsWith('%') || (!field.quoted && field.text == word);
-                      });
+    const auto count = static_cast<std::ptrdiff_t>(std::min(words.size(), fields.size()));
+    return fields.size() >= literals &&
+           std::equal(words.begin(), words.begin() + count, fields.begin(), [](const Word& word, const Field& field) {
+             return word.take != nullptr || (!field.quoted && field.text == word.text);
+           });
   }
 
-  std::vector<QByteArray> words;
-  std::ptrdiff_t literals;  // words before the first placeholder
+  std::vector<Word> words;
+  std::size_t literals;  // words before the first that stands for a field
   Action action;
 };
 
@@ -238,10 +249,12 @@ const Phrase<Action>* findPhrase(const Table<Action>& table, const std::vector<F
                                                             : QStringLiteral("there are too many fields"));
     return nullptr;
   }
-  for (auto i = static_cast<std::size_t>(phrase->literals); i < fields.size(); ++i) {
-    outcome = phrase->words[i].startsWith('%') ? reader.take(phrase->words[i], fields[i]) : Outcome::done();
-    if (!outcome) {
-      return nullptr;
+  for (std::size_t i = phrase->literals; i < fields.size(); ++i) {
+    if (phrase->words[i].take != nullptr) {
+      outcome = reader.take(phrase->words[i].take, fields[i]);
+      if (!outcome) {
+        return nullptr;
+      }
     }
   }
   return &*phrase;
@@ -454,8 +467,8 @@ template <typename Action>
 void appendPhrases(std::vector<QByteArray>& phrases, const QByteArray& beginning, const Table<Action>& table) {
   for (const Phrase<Action>& phrase : table) {
     QByteArray text = beginning;
-    for (const QByteArray& word : phrase.words) {
-      text += ' ' + word;
+    for (const Word& word : phrase.words) {
+      text += ' ' + word.text;
     }
     phrases.push_back(text);
   }

@@ -53,12 +53,12 @@ QByteArray Interpreter::answer(const QByteArray& line, ClientState& client) {
   if (fields.empty() || fields[0].quoted || fields[0].text != "korvex2") {
     return answerTo(Outcome::failed(ErrorNumber::Unknown, QStringLiteral("a command begins with korvex2")));
   }
-  fields.erase(fields.begin());
-  const QByteArray verb = fields.empty() || fields[0].quoted ? QByteArray() : fields[0].text;
-  if (verb != "get" && verb != "set") {
+  const QByteArray verb = fields.size() < 2 || fields[1].quoted ? QByteArray() : fields[1].text;
+  const bool isCommand = verb != "get" && verb != "set";
+  fields.erase(fields.begin(), fields.begin() + (isCommand ? 1 : 2));
+  if (isCommand) {
     return answerTo(carryOutCommand(*this, client, fields));
   }
-  fields.erase(fields.begin());
   if (verb == "set") {
     return answerTo(carryOutSetting(*this, client, fields));
   }
@@ -66,11 +66,15 @@ QByteArray Interpreter::answer(const QByteArray& line, ClientState& client) {
   if (!query.outcome) {
     return answerTo(query.outcome);
   }
-  QByteArray answer = QByteArrayLiteral("korvex2 set ");
+  QByteArray answer;
+  answer.reserve(line.size() + query.value.size() + 1);
+  answer += "korvex2 set ";
   for (const Field& field : fields) {
-    answer += field.text + ' ';  // as asked, so that the sender finds its query in the answer
+    answer += field.text;  // as asked, so that the sender finds its query in the answer
+    answer += ' ';
   }
-  return answer + query.value;
+  answer += query.value;
+  return answer;
 }
 
 }  // namespace korvex2

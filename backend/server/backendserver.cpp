@@ -128,6 +128,10 @@ void BackendServer::serve(ClientConnection& client, short events, Clock::time_po
   }
   client.send(now);
   client.check(now);
+  const QString dropped = client.takeDropReason();
+  if (!dropped.isEmpty()) {
+    qCWarning(logBackend).noquote() << client.name() << "was dropped:" << dropped;
+  }
 }
 
 void BackendServer::acceptClients(Clock::time_point now) {
@@ -174,9 +178,7 @@ void BackendServer::removeGone() {
       return false;
     }
     hadOutputs = hadOutputs || client->state().channelsVersion() != 0;
-    if (!client->dropReason().isEmpty()) {
-      qCWarning(logBackend).noquote() << client->name() << "was dropped:" << client->dropReason();
-    } else if (!client->isTurnedAway()) {
+    if (!client->wasDropped() && !client->isTurnedAway()) {
       qCInfo(logBackend).noquote() << client->name() << "went";
     }
     return true;

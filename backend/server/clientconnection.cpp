@@ -67,7 +67,7 @@ bool ClientConnection::answerLines(Interpreter& interpreter) {
   for (int lines = 0; lines < limits_.mostLinesATurn && hasWork(); ++lines) {
     if (input_.isTooLong()) {
       turnAway(QByteArrayLiteral("korvex2 err 1 \"the line is too long\""));
-      dropReason_ = QStringLiteral("it sent a line that is too long");
+      drop(QStringLiteral("it sent a line that is too long"));
       break;
     }
     const std::optional<ReceivedLine> line = input_.take();
@@ -82,6 +82,11 @@ bool ClientConnection::answerLines(Interpreter& interpreter) {
     phase_ = Phase::Ending;
   }
   return changed;
+}
+
+void ClientConnection::drop(const QString& reason) {
+  dropped_ = true;
+  dropReason_ = reason;
 }
 
 void ClientConnection::turnAway(const QByteArray& answer) {
@@ -134,7 +139,7 @@ void ClientConnection::check(Clock::time_point now) {
     phase_ = Phase::Gone;
   } else if (!farewellEnd_ && waitingSince_ && now - *waitingSince_ >= limits_.stuckAfter) {
     phase_ = Phase::Gone;
-    dropReason_ = QStringLiteral("it did not read its answers");
+    drop(QStringLiteral("it did not read its answers"));
   }
 }
 

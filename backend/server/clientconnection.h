@@ -10,6 +10,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "clientstate.h"
 #include "datagramsender.h"
@@ -62,8 +64,9 @@ class ClientConnection {
   bool isGone() const { return phase_ == Phase::Gone; }
   /// Whether it was told so, and is a client no more.
   bool isTurnedAway() const { return turnedAway_; }
-  /// Why, if it was not the client's own doing; empty otherwise.
-  const QString& dropReason() const { return dropReason_; }
+  /// Why the server ends the connection, once; empty when it does not.
+  QString takeDropReason() { return std::exchange(dropReason_, QString()); }
+  bool wasDropped() const { return dropped_; }
 
   /// Where its channels' frames go. Opens the socket for them with the first.
   void appendDestinations(std::vector<Destination>& destinations);
@@ -76,6 +79,7 @@ class ClientConnection {
     Gone
   };
 
+  void drop(const QString& reason);
   void endWhenSent(Clock::time_point now);
 
   FileDescriptor socket_;
@@ -89,6 +93,7 @@ class ClientConnection {
   Phase phase_ = Phase::Talking;
   bool inputEnded_ = false;
   bool turnedAway_ = false;
+  bool dropped_ = false;
   QString dropReason_;
   std::optional<Clock::time_point> waitingSince_;  // since when output_ makes no progress
   std::optional<Clock::time_point> farewellEnd_;
