@@ -173,17 +173,34 @@ void NetworkTest::connectHost(const korvex2::NetworkOptions& times) {
   host->takeReports();
 }
 
+void NetworkTest::restartBackend(const std::function<void()>& edit) {
+  backend.kill();
+  EXPECT_TRUE(becomes([this] { return !host->isConnected(); }));
+  edit();
+  ASSERT_TRUE(backend.startAgain());
+  ASSERT_TRUE(comesBack());
+}
+
 std::vector<Position> NetworkTest::storedMarkers(int number) const {
   const StoredBody body = backend.stored("standard", number);
   EXPECT_EQ(body.problem.toStdString(), "");
   return body.markers;
 }
 
+bool NetworkTest::hostReported(const QString& beginning) const {
+  for (const QString& report : host->reports) {
+    if (report.startsWith(beginning)) {
+      return true;
+    }
+  }
+  return false;
+}
+
 void NetworkTest::expectSoundDatabase() const { EXPECT_EQ(backend.problems().join('\n').toStdString(), ""); }
 
-std::vector<Position> movedAlongX(std::vector<Position> points, double millimetres) {
+std::vector<Position> movedAlong(std::vector<Position> points, std::size_t axis, double millimetres) {
   for (Position& point : points) {
-    point[0] -= millimetres;
+    point[axis] -= millimetres;
   }
   return points;
 }

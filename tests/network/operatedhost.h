@@ -32,6 +32,9 @@ constexpr const char* applyQuestion = "Apply the changes?";
 constexpr const char* deleteQuestion = "Delete selected marker?";
 constexpr const char* transformFailed = "Error: Unable to set body transformation";
 
+/// How the host begins to tell that the connection broke.
+constexpr const char* lossReport = "The connection to the backend at 127.0.0.1:";
+
 /// What the host tells when a body is not what was read.
 QString changedReport(const char* body);
 
@@ -94,11 +97,14 @@ class NetworkTest : public testing::Test {
   void TearDown() override;
 
   void connectHost(const korvex2::NetworkOptions& times = OperatedHost::quickTimes());
-  /// Waits until the host is connected and nothing is under way.
+  /// Waits until the host is connected again.
   bool comesBack() {
     return becomes([this] { return host->isConnected(); });
   }
+  /// Kills the backend, edits its catalogue, starts it where it was, and waits for the host; reports are kept.
+  void restartBackend(const std::function<void()>& edit = [] {});
   std::vector<Position> storedMarkers(int number = 1) const;
+  bool hostReported(const QString& beginning) const;
   /// The folder holds together: no complaint, no body with a trouble.
   void expectSoundDatabase() const;
 
@@ -108,8 +114,8 @@ class NetworkTest : public testing::Test {
   std::unique_ptr<OperatedHost> host;
 };
 
-/// Every point as seen from an origin that was moved by so much along x.
-std::vector<Position> movedAlongX(std::vector<Position> points, double millimetres);
+/// Every point as seen from an origin that was moved by so much along axis 0 (x), 1 (y) or 2 (z).
+std::vector<Position> movedAlong(std::vector<Position> points, std::size_t axis, double millimetres);
 bool areNear(const std::vector<Position>& a, const std::vector<Position>& b);
 /// Near enough for a transform that travelled with three decimals.
 void expectNear(const std::vector<Position>& found, const std::vector<Position>& expected);
