@@ -3,14 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
-#include <QDialog>
-#include <QLabel>
-#include <QListWidget>
 #include <QPluginLoader>
-#include <QPushButton>
 #include <QTest>
+#include <QTreeWidget>
 
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,17 +22,15 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const char* const cup = "[0 1] [1.0 2.0 3.0] [1 0 0 0 1 0 0 0 1]";
-const char* const lostTable = "[1 -1] [0 0 0] [1 0 0 0 1 0 0 0 1]";
+const std::string cup = "[0 1] [1.0 2.0 3.0] [1 0 0 0 1 0 0 0 1]";
+const std::string lostTable = "[1 -1] [0 0 0] [1 0 0 0 1 0 0 0 1]";
 
 class BodyList : public testing::Test {
  protected:
   void SetUp() override {
     io.answers = {{"body number_of_bodies standard", "2"},     {"body desc standard b01", "\"Cup\""},
                   {"body number_of_marker standard b01", "5"}, {"body desc standard b02", "\"Table\""},
-                  {"body number_of_marker standard b02", "8"}, {"wandgrip multiuser_with_head", "no"},
-                  {"output active chmon 6d yes", ""},          {"status active", "idle"},
-                  {"korvex2 tracking start", "korvex2 ok"},    {"korvex2 tracking stop", "korvex2 ok"}};
+                  {"body number_of_marker standard b02", "8"}, {"korvex2 tracking start", "korvex2 ok"}};
     loader.setFileName(MODULE_FILE);
     module = qobject_cast<ModuleInterface*>(loader.instance());
     ASSERT_NE(module, nullptr) << loader.errorString().toStdString();
@@ -53,22 +47,22 @@ class BodyList : public testing::Test {
     EXPECT_EQ(entries.size(), 1);
     return *entries.first();
   }
-  QWidget* openWindow() {
-    _GuiElement& element = entry();
+  void openList() {
+    const _GuiElement& element = entry();
     io.log.clear();
     element.action->trigger();
-    EXPECT_TRUE(element.widget->isVisible());
-    return element.widget;
+    ASSERT_NE(list(), nullptr);
+    EXPECT_TRUE(list()->isVisible());
   }
-  static std::vector<std::string> rows(QWidget* window) {
+  /// Null while it is closed.
+  QTreeWidget* list() const { return parent.findChild<QTreeWidget*>(); }
+  std::vector<std::string> column(int number) const {
     std::vector<std::string> texts;
-    const auto* list = window->findChild<QListWidget*>();
-    for (int row = 0; row < list->count(); ++row) {
-      texts.push_back(list->item(row)->text().toStdString());
+    for (int row = 0; row < list()->topLevelItemCount(); ++row) {
+      texts.push_back(list()->topLevelItem(row)->text(number).toStdString());
     }
     return texts;
   }
-  static std::string quality(QWidget* window) { return window->findChild<QLabel*>()->text().toStdString(); }
   /// Gives a line to whoever subscribed, on a thread of its own, as a host does.
   void deliver(const std::string& line) {
     std::thread delivery([&] {
@@ -78,8 +72,18 @@ class BodyList : public testing::Test {
     });
     delivery.join();
   }
-  static bool becomes(QWidget* window, const std::string& text) {
-    return QTest::qWaitFor([&] { return quality(window) == text; }, 3000);
+  bool qualitiesBecome(const std::vector<std::string>& qualities) const {
+    return QTest::qWaitFor([&] { return column(2) == qualities; }, 3000);
+  }
+  void close() {
+    list()->close();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return list() == nullptr; }, 3000));
+  }
+  /// As a double click, or Return, on a row.
+  void activate(int row) {
+    list()->setCurrentItem(list()->topLevelItem(row));
+    QTest::keyClick(list(), Qt::Key_Return);
+    QTest::qWait(1);
   }
 
   FakeChannel io;
@@ -110,169 +114,140 @@ TEST_F(BodyList, HasOneEntryBehindTheAdjustmentInTheCalibrationMenu) {
   EXPECT_EQ(element.placement_of_menu, 300);
   EXPECT_EQ(element.placement_in_menu, 690);
   EXPECT_EQ(element.action->text(), "Body &list");
-  EXPECT_EQ(element.widget->parentWidget(), &parent);
-  EXPECT_FALSE(element.widget->isVisible());
+  EXPECT_EQ(element.reserved, 0);
   EXPECT_EQ(module->get_gui_elements(), QList<_GuiElement*>{const_cast<_GuiElement*>(&element)});
-  EXPECT_THAT(io.log, ElementsAre("register_message_receiver BodyList")) << "one window, and nothing asked yet";
+  EXPECT_THAT(io.log, ElementsAre("register_message_receiver BodyList")) << "once, and nothing asked yet";
 }
 
-TEST_F(BodyList, ListsTheBodiesWithTheirMarkersAndStartsAMeasurementWhenItOpens) {
-  QWidget* const window = openWindow();
-  EXPECT_THAT(rows(window), ElementsAre("1: Cup (5 markers)", "2: Table (8 markers)"));
-  EXPECT_EQ(window->findChild<QListWidget*>()->currentRow(), 0);
-  EXPECT_THAT(io.log,
-              ElementsAre("get_int body number_of_bodies standard", "get_string body desc standard b01",
-                          "get_int body number_of_marker standard b01", "get_string body desc standard b02",
-                          "get_int body number_of_marker standard b02", "get_string wandgrip multiuser_with_head",
-                          "register_requester 6d", "set_value output active chmon 6d yes", "get_string status active",
-                          "send_raw_command korvex2 tracking start"));
-  EXPECT_THAT(io.reports(), IsEmpty());
+TEST_F(BodyList, ListsTheBodiesWithTheirMarkersAndStartsTheMeasurementWhenItOpens) {
+  openList();
+  EXPECT_EQ(list()->parentWidget(), &parent);
+  EXPECT_THAT(column(0), ElementsAre("Cup", "Table"));
+  EXPECT_THAT(column(1), ElementsAre("5", "8"));
+  EXPECT_THAT(column(2), ElementsAre("not tracked", "not tracked"));
+  EXPECT_THAT(io.log, ElementsAre("get_int body number_of_bodies standard", "get_string body desc standard b01",
+                                  "get_int body number_of_marker standard b01", "get_string body desc standard b02",
+                                  "get_int body number_of_marker standard b02", "register_requester 6d",
+                                  "send_raw_command korvex2 tracking start"));
   io.log.clear();
-  window->hide();
-  EXPECT_THAT(io.log, ElementsAre("unregister_requester 6d", "send_raw_command korvex2 tracking stop"));
-}
-
-TEST_F(BodyList, LeavesAMeasurementAloneThatRanBefore) {
-  io.answers["status active"] = "mea";
-  openWindow()->hide();
-  EXPECT_THAT(io.logged("send_raw_command"), IsEmpty());
-}
-
-TEST_F(BodyList, DoesNotStopAMeasurementThatItCouldNotStart) {
-  io.failing = {"send_raw_command korvex2 tracking start"};
-  openWindow()->hide();
-  EXPECT_THAT(io.logged("send_raw_command"), ElementsAre("send_raw_command korvex2 tracking start"));
+  close();
+  EXPECT_THAT(io.log, ElementsAre("unregister_requester 6d"));
 }
 
 TEST_F(BodyList, TellsTheHostWhenABodyCannotBeRead) {
-  io.failing = {"get_int body number_of_marker standard b02"};
-  QWidget* const window = openWindow();
-  EXPECT_THAT(rows(window), ElementsAre("1: Cup (5 markers)", "2: unknown"));
+  io.failing = {"get_string body desc standard b02"};
+  openList();
+  EXPECT_THAT(column(0), ElementsAre("Cup", "unknown"));
   EXPECT_THAT(io.logged("send_message"),
               ElementsAre("send_message standard BodyList 1 Error: Unable to read the list of bodies"));
 }
 
 TEST_F(BodyList, IsEmptyAndUsableWhenTheBackendDoesNotAnswer) {
   io.answers.clear();
-  QWidget* const window = openWindow();
-  EXPECT_THAT(rows(window), IsEmpty());
+  openList();
+  EXPECT_THAT(column(0), IsEmpty());
   EXPECT_EQ(io.logged("send_message").size(), 1u);
-  EXPECT_TRUE(becomes(window, "No live data"));
-  window->hide();
+  deliver("6d 1 " + cup);
+  QTest::qWait(150);
+  activate(0);
+  EXPECT_EQ(io.logged("send_message").size(), 1u) << "there is no body to adjust";
+  close();
 }
 
 TEST_F(BodyList, AsksForNoMoreBodiesThanTheProtocolCanName) {
   io.respond = [](const std::string&, const std::string& text) {
     return FakeChannel::Answer{0, text == "body number_of_bodies standard" ? "2000000000" : "3"};
   };
-  EXPECT_EQ(rows(openWindow()).size(), 99u);
+  openList();
+  EXPECT_EQ(column(0).size(), 99u);
 }
 
-TEST_F(BodyList, ReadsTheBodiesAnewWheneverItOpens) {
-  QWidget* const window = openWindow();
-  window->hide();
+TEST_F(BodyList, ReadsTheBodiesAnewWhenItsEntryIsChosenAgain) {
+  openList();
   io.answers["body number_of_marker standard b01"] = "4";
-  window->show();
-  EXPECT_THAT(rows(window), ElementsAre("1: Cup (4 markers)", "2: Table (8 markers)"));
+  openList();
+  EXPECT_EQ(parent.findChildren<QTreeWidget*>().size(), 1);
+  EXPECT_THAT(column(1), ElementsAre("4", "8"));
+  EXPECT_EQ(io.requesters.size(), 1u);
 }
 
-TEST_F(BodyList, ShowsTheQualityOfTheChosenBodyFromLinesOfAnotherThread) {
-  QWidget* const window = openWindow();
-  EXPECT_TRUE(becomes(window, "No live data"));
-  deliver(std::string("6d 2 ") + cup + " " + lostTable);
-  EXPECT_TRUE(becomes(window, "Tracked, quality 1"));
-  deliver("6d 1 [0 0.75] [1 2 3] [1 0 0 0 1 0 0 0 1]");
-  EXPECT_TRUE(becomes(window, "Tracked, quality 0.75"));
-  deliver(std::string("6d 1 ") + lostTable);
-  EXPECT_TRUE(becomes(window, "Not tracked")) << "no record at all";
-  window->findChild<QListWidget*>()->setCurrentRow(1);
-  EXPECT_TRUE(becomes(window, "No live data")) << "what is known is about the other body";
-  deliver(std::string("6d 2 ") + cup + " " + lostTable);
-  EXPECT_TRUE(becomes(window, "Not tracked")) << "a quality of -1";
+TEST_F(BodyList, ShowsTheQualitiesThatComeFromAnotherThread) {
+  openList();
+  deliver("6d 2 " + cup + " " + lostTable);
+  EXPECT_TRUE(qualitiesBecome({"1", "not tracked"})) << "a quality of -1";
+  deliver("6d 1 [1 0.75] [1 2 3] [1 0 0 0 1 0 0 0 1]");
+  EXPECT_TRUE(qualitiesBecome({"not tracked", "0.75"})) << "no record at all";
 }
 
-TEST_F(BodyList, TakesPositionsForNoIds) {
-  QWidget* const window = openWindow();
-  EXPECT_TRUE(becomes(window, "No live data"));
-  deliver("6d 1 [1 -1] [0 1 3] [0 1 0 0 1 0 0 0 1]");
-  EXPECT_TRUE(becomes(window, "Not tracked"));
+TEST_F(BodyList, TakesPositionsAndRotationsForNoIds) {
+  openList();
+  deliver("6d 1 [1 0.5] [0 1 3] [0 1 0 0 1 0 0 0 1]");
+  EXPECT_TRUE(qualitiesBecome({"not tracked", "0.5"}));
 }
 
-TEST_F(BodyList, CountsTheBodiesBehindTheHeadWhenTheHeadIsTracked) {
-  io.answers["wandgrip multiuser_with_head"] = "yes";
-  QWidget* const window = openWindow();
-  EXPECT_TRUE(becomes(window, "No live data"));
-  deliver("6d 2 [0 -1] [0 0 0] [1 0 0 0 1 0 0 0 1] [1 1] [0 0 0] [1 0 0 0 1 0 0 0 1]");
-  EXPECT_TRUE(becomes(window, "Tracked, quality 1"));
-}
-
-TEST_F(BodyList, ReadsADecimalPointWhereTheOperatorHasAComma) {
+TEST_F(BodyList, ShowsQualitiesWithADecimalPointWhereTheOperatorHasAComma) {
   const CommaLocale comma;
   ASSERT_TRUE(comma.ready());
-  QWidget* const window = openWindow();
-  EXPECT_TRUE(becomes(window, "No live data"));
+  openList();
   deliver("6d 1 [0 0.5] [1.5 2.5 3.5] [1 0 0 0 1 0 0 0 1]");
-  EXPECT_TRUE(becomes(window, "Tracked, quality 0.5"));
+  EXPECT_TRUE(qualitiesBecome({"0.5", "not tracked"}));
 }
 
 TEST_F(BodyList, GetsAlongWithDamagedLines) {
-  QWidget* const window = openWindow();
-  EXPECT_TRUE(becomes(window, "No live data"));
-  for (const char* line :
-       {"", "6d", "6d 1", "6d 1 [", "6d 1 [0", "6d 1 [0 ", "6d 1 [0 x]", "6d 1 []", "[[[[", "6d 1 ]0["}) {
+  openList();
+  for (const char* line : {"", "6d", "6d 1", "6d 1 [", "6d 1 [x 1]", "6d 1 []", "[[[[", "6d 1 ]0[", "6d 1 [-1 1] [",
+                           "6d 1 [99999999999 1]"}) {
     deliver(line);
+    QTest::qWait(110);
+    EXPECT_THAT(column(2), ElementsAre("not tracked", "not tracked")) << line;
   }
-  EXPECT_TRUE(becomes(window, "Not tracked"));
-  deliver(std::string("6d 1 ") + cup);
-  EXPECT_TRUE(becomes(window, "Tracked, quality 1"));
+  deliver("6d 1 " + cup);
+  EXPECT_TRUE(qualitiesBecome({"1", "not tracked"}));
 }
 
 TEST_F(BodyList, KnowsNothingAnyMoreWhenTheMeasurementStops) {
-  QWidget* const window = openWindow();
-  EXPECT_TRUE(becomes(window, "No live data"));
-  deliver(std::string("6d 1 ") + cup);
-  EXPECT_TRUE(becomes(window, "Tracked, quality 1"));
+  openList();
+  deliver("6d 1 " + cup);
+  EXPECT_TRUE(qualitiesBecome({"1", "not tracked"}));
   std::thread delivery([&] {
     io.requesters.at(0).second->set_mea_started();
     io.requesters.at(0).second->set_mea_stopped();
   });
   delivery.join();
-  EXPECT_TRUE(becomes(window, "No live data"));
+  EXPECT_TRUE(qualitiesBecome({"not tracked", "not tracked"}));
+}
+
+TEST_F(BodyList, ForgetsWhatItKnewWhenItIsClosed) {
+  openList();
+  deliver("6d 1 " + cup);
+  EXPECT_TRUE(qualitiesBecome({"1", "not tracked"}));
+  close();
+  openList();
+  EXPECT_THAT(column(2), ElementsAre("not tracked", "not tracked"));
 }
 
 TEST_F(BodyList, AsksTheAdjustmentForTheChosenBodyAndComesBackWhenThatCloses) {
-  QWidget* const window = openWindow();
-  window->findChild<QListWidget*>()->setCurrentRow(1);
+  openList();
   io.log.clear();
-  window->findChild<QPushButton*>()->click();
-  EXPECT_THAT(io.log, ElementsAre("unregister_requester 6d", "send_raw_command korvex2 tracking stop",
+  activate(1);
+  EXPECT_THAT(io.log, ElementsAre("unregister_requester 6d",
                                   "send_message BodyAdjustmentModule BodyList 1 OpenBodyAdjustmentDialog standard|2"));
-  EXPECT_FALSE(window->isVisible());
+  EXPECT_EQ(list(), nullptr);
   MessageReceiver* const receiver = io.receivers.at("BodyList");
   EXPECT_EQ(receiver->transmit_message(1, "BodyAdjustmentModule", "something else"), 0);
-  EXPECT_FALSE(window->isVisible());
+  EXPECT_EQ(list(), nullptr);
   EXPECT_EQ(receiver->transmit_message(1, "BodyAdjustmentModule", "reopen"), 0);
-  EXPECT_TRUE(window->isVisible());
-}
-
-TEST_F(BodyList, AsksForNothingWhileNoBodyIsChosen) {
-  QWidget* const window = openWindow();
-  window->findChild<QListWidget*>()->clear();
-  window->findChild<QPushButton*>()->click();
-  EXPECT_THAT(io.logged("send_message"), IsEmpty());
-  EXPECT_TRUE(window->isVisible());
+  ASSERT_NE(list(), nullptr);
+  EXPECT_TRUE(list()->isVisible());
 }
 
 TEST_F(BodyList, GivesEverythingBackBeforeTheHostGoes) {
-  QWidget* const window = openWindow();
+  openList();
   io.log.clear();
   module->about_to_exit_module();
-  EXPECT_THAT(io.log, ElementsAre("unregister_requester 6d", "send_raw_command korvex2 tracking stop",
-                                  "unregister_message_receiver BodyList"));
-  EXPECT_FALSE(window->isVisible());
+  EXPECT_THAT(io.log, ElementsAre("unregister_requester 6d", "unregister_message_receiver BodyList"));
+  EXPECT_EQ(list(), nullptr);
   EXPECT_THAT(io.receivers, IsEmpty());
   EXPECT_THAT(io.requesters, IsEmpty());
-  module->exit_module();
-  EXPECT_TRUE(parent.children().isEmpty()) << "the window is deleted";
   module->exit_module();
 }
