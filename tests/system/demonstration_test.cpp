@@ -1,4 +1,5 @@
-// The demonstration as a program: it ends well with the module, and says what went wrong without it.
+// The demonstration as a program: it ends well with the module, on the embedded backend and on one over sockets, and
+// says what went wrong without the module or without the backend.
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -6,6 +7,8 @@
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
+
+#include "backendprocess.h"
 
 namespace {
 
@@ -36,9 +39,7 @@ QString contents(const QString& path) {
   return QString::fromUtf8(file.readAll());
 }
 
-TEST(Demonstration, EndsWithABackendThatAgreesWithPlainArithmetic) {
-  const QTemporaryDir home;
-  const Ended ended = run(home, {"--demo", home.filePath("out")});
+void expectGoodDemonstration(const QTemporaryDir& home, const Ended& ended) {
   EXPECT_EQ(ended.exitCode, 0) << qPrintable(ended.errors);
   const QString report = contents(home.filePath("out/report.txt"));
   EXPECT_EQ(report.count("agrees: largest difference"), 3) << qPrintable(report);
@@ -50,6 +51,37 @@ TEST(Demonstration, EndsWithABackendThatAgreesWithPlainArithmetic) {
     EXPECT_FALSE(QImage(home.filePath("out/" + picture)).isNull()) << qPrintable(picture);
   }
   EXPECT_FALSE(QDir(home.filePath("data")).exists()) << "the user's own database was touched";
+}
+
+TEST(Demonstration, EndsWithABackendThatAgreesWithPlainArithmetic) {
+  const QTemporaryDir home;
+  expectGoodDemonstration(home, run(home, {"--demo", home.filePath("out")}));
+}
+
+TEST(Demonstration, OverSocketsEndsWithABackendThatAgreesWithPlainArithmetic) {
+  const QTemporaryDir home;
+  korvex2_test::BackendProcess backend;
+  backend.options = QStringList{"--trajectory", QStringLiteral(SOURCE_DATA_FOLDER "/trajectories/handheld_xyz.tum")};
+  const std::vector<korvex2_test::Position> cup = backend.stored("standard", 1).markers;
+  ASSERT_TRUE(backend.start());
+  const QString address = QStringLiteral("127.0.0.1:%1").arg(backend.port());
+  expectGoodDemonstration(home, run(home, {"--demo", home.filePath("out"), "--backend", address}));
+  EXPECT_FALSE(QDir(home.filePath("out/database")).exists()) << "no backend but that over sockets had a part in it";
+  EXPECT_NE(backend.stored("standard", 1).markers, cup);
+  EXPECT_EQ(backend.terminate(), 0);
+  EXPECT_EQ(backend.problems().join('\n').toStdString(), "");
+}
+
+TEST(Demonstration, WithoutTheBackendSaysSoAndFails) {
+  const QTemporaryDir home;
+  korvex2_test::BackendProcess backend;
+  ASSERT_TRUE(backend.start());
+  const QString address = QStringLiteral("127.0.0.1:%1").arg(backend.port());
+  backend.kill();
+  const Ended ended = run(home, {"--demo", home.filePath("out"), "--backend", address});
+  EXPECT_EQ(ended.exitCode, 1);
+  EXPECT_TRUE(ended.errors.contains(address)) << qPrintable(ended.errors);
+  EXPECT_TRUE(ended.errors.contains("no backend listens there")) << qPrintable(ended.errors);
 }
 
 TEST(Demonstration, WithoutTheModuleSaysSoAndFails) {

@@ -1,5 +1,6 @@
 // A dialog session under load: a thousand lines a second while the operator switches bodies, follows and leaves the
-// live pose, aligns and applies, and opens and closes the dialog. Above all for the thread sanitizer.
+// live pose, aligns and applies, and opens and closes the dialog; once with the backend in this program, once with the
+// backend program over sockets. Above all for the thread sanitizer.
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
@@ -21,11 +22,13 @@
 #include <string>
 #include <vector>
 
+#include "backendprocess.h"
 #include "bodydatabase.h"
 #include "demo/livechecks.h"
 #include "demo/plainframe.h"
 #include "embeddedconnection.h"
 #include "frontend.h"
+#include "networkconnection.h"
 #include "requester.h"
 
 namespace {
@@ -48,14 +51,26 @@ class CountingRequester : public Requester {
   std::atomic<int> lines{0};
 };
 
-class LiveSession : public testing::Test {
+enum class Place { embedded, network };
+
+class LiveSession : public testing::TestWithParam<Place> {
  protected:
   void SetUp() override {
-    ASSERT_EQ(copyShippedDatabase(SOURCE_DATA_FOLDER, folder.path()).toStdString(), "");
-    LiveOptions live;
-    live.rate = linesPerSecond;
-    live.trajectory = QStringLiteral(SOURCE_DATA_FOLDER "/trajectories/handheld_xyz.tum");
-    frontend = std::make_unique<Frontend>(std::make_unique<EmbeddedConnection>(folder.path(), QStringList(), live));
+    const QString trajectory = QStringLiteral(SOURCE_DATA_FOLDER "/trajectories/handheld_xyz.tum");
+    if (GetParam() == Place::embedded) {
+      ASSERT_EQ(copyShippedDatabase(SOURCE_DATA_FOLDER, folder.path()).toStdString(), "");
+      LiveOptions live;
+      live.rate = linesPerSecond;
+      live.trajectory = trajectory;
+      frontend = std::make_unique<Frontend>(std::make_unique<EmbeddedConnection>(folder.path(), QStringList(), live));
+    } else {
+      program = std::make_unique<korvex2_test::BackendProcess>();
+      program->options = QStringList{"--rate", QString::number(linesPerSecond), "--trajectory", trajectory};
+      ASSERT_TRUE(program->start());
+      frontend =
+          std::make_unique<Frontend>(std::make_unique<NetworkConnection>(BackendAddress{"127.0.0.1", program->port()}));
+      ASSERT_EQ(frontend->connection().linkStatus().state, LinkState::connected);
+    }
     ModuleFolder modules;
     modules.path = QStringLiteral(MODULE_FOLDER);
     frontend->loadModules({modules});
@@ -115,10 +130,16 @@ class LiveSession : public testing::Test {
   }
 
   QTemporaryDir folder;
+  std::unique_ptr<korvex2_test::BackendProcess> program;
   std::unique_ptr<Frontend> frontend;
 };
 
-TEST_F(LiveSession, SurvivesBodiesSwitchedFollowedAndLeftWhileLinesCome) {
+INSTANTIATE_TEST_SUITE_P(Backend, LiveSession, testing::Values(Place::embedded, Place::network),
+                         [](const testing::TestParamInfo<Place>& info) {
+                           return info.param == Place::embedded ? "Embedded" : "OverSockets";
+                         });
+
+TEST_P(LiveSession, SurvivesBodiesSwitchedFollowedAndLeftWhileLinesCome) {
   CountingRequester counter;
   frontend->channel().register_requester("6d", &counter);
   for (int opening = 0; opening < 3; ++opening) {
@@ -145,7 +166,7 @@ TEST_F(LiveSession, SurvivesBodiesSwitchedFollowedAndLeftWhileLinesCome) {
 }
 
 // The table stands still and tilted. Each operation, once applied, must show in the next live pose.
-TEST_F(LiveSession, AlignsABodyAtRestWithTheRoomToAHundredthOfADegree) {
+TEST_P(LiveSession, AlignsABodyAtRestWithTheRoomToAHundredthOfADegree) {
   constexpr int tableRow = 1;
   constexpr int tableNumber = 2;
   inDialog([this](QWidget* dialog) {
@@ -207,7 +228,7 @@ TEST_F(LiveSession, AlignsABodyAtRestWithTheRoomToAHundredthOfADegree) {
   });
 }
 
-TEST_F(LiveSession, EndsWhileLinesComeAndTheDialogWasFollowed) {
+TEST_P(LiveSession, EndsWhileLinesComeAndTheDialogWasFollowed) {
   inDialog([](QWidget* dialog) {
     choose(dialog, 0);
     press(dialog, "online_checkbox");
