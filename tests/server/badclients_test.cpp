@@ -90,14 +90,18 @@ TEST_F(BadClients, ALineThatIsTooLongWithItsEndIsNoBetter) {
 }
 
 TEST_F(BadClients, WhoSendsOnAndOnCanStillReadWhyItIsClosed) {
-  limits.farewell = std::chrono::milliseconds(300);
+  limits.farewell = std::chrono::milliseconds(10'000);
   start();
   TcpClient client = connect();
   const std::string block(50'000, 'x');
-  // More than any buffer on the way holds; the last of it may meet a closed connection.
-  for (int i = 0; i < 100 && client.send(block); ++i) {
+  // More than any buffer on the way holds. A connection that were closed at once would be reset, and the answer with
+  // it.
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_TRUE(client.send(block)) << i;
   }
   EXPECT_EQ(client.line(), tooLong.substr(0, tooLong.size() - 1));
+  client.finish();
+  EXPECT_EQ(client.rest(), "") << "it has nothing more to say, so its moment is over at once";
 }
 
 TEST_F(BadClients, WhoSendsForEverIsClosedAfterAMoment) {
@@ -122,19 +126,18 @@ TEST_F(BadClients, MemoryStaysBoundedWhileOneNeverReads) {
   }
   // Sends until the way is blocked for good: the server has stopped to read.
   std::size_t sent = 0;
-  int blocked = 0;
-  for (int i = 0; i < 5000 && blocked < 50; ++i) {
+  auto progress = std::chrono::steady_clock::now();
+  while (sent < 20'000'000 && std::chrono::steady_clock::now() - progress < std::chrono::milliseconds(200)) {
     const std::size_t now = client.sendSome(block.substr(sent % block.size()));
     sent += now;
-    blocked = now == 0 ? blocked + 1 : 0;
-    if (now == 0) {
-      ASSERT_EQ(other.ask("korvex2 get version"), version) << "others are served meanwhile";
+    if (now != 0) {
+      progress = std::chrono::steady_clock::now();
     }
+    ASSERT_EQ(other.ask("korvex2 get version"), version) << "others are served meanwhile";
   }
-  EXPECT_EQ(blocked, 50) << "back-pressure came after " << sent << " bytes";
-  EXPECT_LT(sent, 3'000'000U) << "what the buffers of both ends hold";
-  // 256 KiB of answers, 128 KiB of commands, what a buffer that grows needs, and what a sanitizer keeps of freed memory.
-  // Without a bound it would be hundreds of megabytes: nothing would have stopped the loop above.
+  EXPECT_LT(sent, 3'000'000U) << "what the buffers on the way hold";
+  // 256 KiB of answers, 128 KiB of commands, what a buffer that grows needs, and what a sanitizer keeps of freed
+  // memory; all the answers would be a hundred megabytes.
   EXPECT_LT(residentBytes() - before, 24'000'000);
   // It may think better of it: nothing was lost.
   for (int i = 0; i < 1000; ++i) {
@@ -158,12 +161,12 @@ TEST_F(BadClients, WhoNeverReadsIsDroppedAfterAWhile) {
 }
 
 TEST_F(BadClients, WhoReadsSlowlyIsNotDropped) {
-  limits.stuckAfter = std::chrono::milliseconds(300);
+  limits.stuckAfter = std::chrono::milliseconds(500);
   start();
   TcpClient client(port(), TcpClient::Family::V4, 4096);
   std::string block;
   int lines = 0;
-  while (block.size() < 40'000) {
+  while (block.size() < 140'000) {  // answers of more than a megabyte, which no buffer on the way holds
     block += "korvex2 get body file standard b03\n";
     ++lines;
   }
