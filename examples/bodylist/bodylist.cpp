@@ -37,7 +37,6 @@ class BodyListModule : public QObject, public ModuleInterface, public Requester,
     }
   }
   void exit_module() override {}
-
   // Requester, called on the host's delivery thread: nothing here touches a widget, waits or throws.
   int set_ascii_data(const char*, const char* line) override {
     std::atomic_store(&line_, std::make_shared<const QByteArray>(line));
@@ -45,7 +44,6 @@ class BodyListModule : public QObject, public ModuleInterface, public Requester,
   }
   void set_mea_started() override {}
   void set_mea_stopped() override { set_ascii_data("6d", ""); }
-
   // MessageReceiver, called on the GUI thread: the adjustment says "reopen" when its dialog was closed.
   int transmit_message(int, const char*, const char* text) override {
     if (qstrcmp(text, "reopen") == 0) {
@@ -61,7 +59,10 @@ class BodyListModule : public QObject, public ModuleInterface, public Requester,
     list_ = new QTreeWidget(parent_);
     list_->setWindowFlags(Qt::Dialog);
     list_->setAttribute(Qt::WA_DeleteOnClose);
+    list_->setWindowTitle(tr("Bodies"));
+    list_->setMinimumSize(460, 240);
     list_->setHeaderLabels({tr("Body"), tr("Markers"), tr("Quality")});
+    list_->setColumnWidth(0, 240);
     connect(list_, &QTreeWidget::activated, this, &BodyListModule::adjust, Qt::QueuedConnection);
     connect(list_, &QObject::destroyed, this, [this] { channel_->unregister_requester("6d", this); });
     int bodies = 0;
@@ -100,7 +101,6 @@ class BodyListModule : public QObject, public ModuleInterface, public Requester,
     delete list_;  // the dialog opens inside the next call, and measures by itself
     channel_->send_message("BodyAdjustmentModule", "BodyList", 1, "OpenBodyAdjustmentDialog standard|" + number);
   }
-
   IOManager* channel_ = nullptr;
   QWidget* parent_ = nullptr;
   QPointer<QTreeWidget> list_;
