@@ -47,6 +47,7 @@ std::unique_ptr<BodyDatabase> openServedDatabase(const ServerOptions& options, c
   const QString problem = prepareDatabaseFolder(folder, shipped);
   if (!problem.isEmpty()) {
     tell(problem);
+    return nullptr;  // there is no database, and none could be made
   }
   std::unique_ptr<BodyDatabase> database = openDatabase(folder);
   if (database->isHeldByAnother()) {

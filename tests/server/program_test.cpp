@@ -299,6 +299,14 @@ TEST_F(BackendProgram, AFolderWithoutADatabaseGetsTheShippedBodiesAndOneWithIsLe
   EXPECT_FALSE(QFile::exists(home.filePath("data/korvex2"))) << "the user's own was not needed";
 }
 
+TEST_F(BackendProgram, AFolderThatCannotBeMadeIsRefused) {
+  korvex2_test::writeBytes(home.filePath("file"), "no folder");
+  const Ended refused = run({"--listen", "127.0.0.1:0", "--database", home.filePath("file/database")});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_EQ(refused.out, "");
+  EXPECT_TRUE(says(refused.err, "korvex2-backend: ") && says(refused.err, "file/database")) << refused.err;
+}
+
 TEST_F(BackendProgram, WhatIsWrongWithTheDatabaseIsToldAndTheRestServed) {
   ASSERT_EQ(korvex2::copyShippedDatabase(KORVEX2_SHIPPED_DATA, folder()), "");
   QByteArray catalogue = korvex2_test::readBytes(folder() + "/catalogue.json");
