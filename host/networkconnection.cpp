@@ -206,7 +206,7 @@ QString NetworkConnection::description() const { return tr("Backend at %1").arg(
 
 QStringList NetworkConnection::details() const {
   const auto seconds = static_cast<double>(link_->options.commandTimeout.count()) / 1000.0;
-  return {tr("Commands are answered within %1 s, or the connection is made anew").arg(seconds)};
+  return {tr("Time-out of commands: %1 s").arg(seconds)};
 }
 
 QStringList NetworkConnection::problems() const {
@@ -223,11 +223,9 @@ void NetworkConnection::startLiveLines(LiveDistributor& distributor) {
   if (link.receiver.isRunning()) {
     return;
   }
-  link.receiver.start(distributor);
-  if (!link.link.isConnected()) {
-    return;  // with the next connection
-  }
-  const std::uint16_t port = link.receiver.open(link.ownAddress, link.backendAddress);
+  const bool connected = link.link.isConnected();  // otherwise a port comes with the next connection
+  const std::uint16_t port = connected ? link.receiver.open(link.ownAddress, link.backendAddress) : 0;
+  link.receiver.start(distributor);  // what was said of measurements before is forgotten, and asked for again below
   QByteArray answer;
   if (port != 0 && exchange(netLine + "udp " + QByteArray::number(port), answer)) {
     link.offered = withoutLineEnd(answer) == answeredOk;
