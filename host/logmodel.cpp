@@ -1,6 +1,8 @@
 // See logmodel.h.
 #include "logmodel.h"
 
+#include <utility>
+
 #include <QApplication>
 #include <QPalette>
 #include <QStyle>
@@ -44,21 +46,31 @@ QVariant LogModel::headerData(int section, Qt::Orientation orientation, int role
   return columns_.at(section);
 }
 
-void LogModel::append(const QStringList& cells, bool alert) {
-  Row row;
-  row.cells = cells.mid(0, columns_.size());
-  while (row.cells.size() < columns_.size()) {
-    row.cells += QString();
+void LogModel::append(const QStringList& cells, bool alert) { appendRows({{cells, alert}}); }
+
+void LogModel::appendRows(std::vector<Row> rows) {
+  if (rows.size() > static_cast<std::size_t>(limit_)) {
+    rows.erase(rows.begin(), rows.end() - limit_);
   }
-  row.alert = alert;
-  if (rowCount() >= limit_) {
-    beginRemoveRows({}, 0, 0);
-    rows_.pop_front();
+  if (rows.empty()) {
+    return;
+  }
+  const int count = static_cast<int>(rows.size());
+  const int surplus = rowCount() + count - limit_;
+  if (surplus > 0) {
+    beginRemoveRows({}, 0, surplus - 1);
+    rows_.erase(rows_.begin(), rows_.begin() + surplus);
     endRemoveRows();
   }
   const int at = rowCount();
-  beginInsertRows({}, at, at);
-  rows_.push_back(std::move(row));
+  beginInsertRows({}, at, at + count - 1);
+  for (Row& row : rows) {
+    row.cells = row.cells.mid(0, columns_.size());
+    while (row.cells.size() < columns_.size()) {
+      row.cells += QString();
+    }
+    rows_.push_back(std::move(row));
+  }
   endInsertRows();
 }
 

@@ -3,6 +3,7 @@
 #define KORVEX2_HOST_LOGMODEL_H
 
 #include <deque>
+#include <vector>
 
 #include <QAbstractTableModel>
 #include <QModelIndexList>
@@ -24,16 +25,18 @@ class LogModel : public QAbstractTableModel {
 
   /// Adds a row; missing cells are empty, cells beyond the columns are dropped. With `alert` the row stands out.
   void append(const QStringList& cells, bool alert = false);
+  /// Several rows at once, the oldest first: views have less to do than for one after the other.
+  struct Row {
+    QStringList cells;
+    bool alert = false;
+  };
+  void appendRows(std::vector<Row> rows);
   void clear();
   int limit() const { return limit_; }
   /// One row as text, cells separated by tabs.
   QString rowText(int row) const;
 
  private:
-  struct Row {
-    QStringList cells;
-    bool alert = false;
-  };
   QStringList columns_;
   int limit_;
   std::deque<Row> rows_;

@@ -3,10 +3,13 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
+#include <vector>
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDateTime>
 #include <QDockWidget>
 #include <QLabel>
 #include <QMenu>
@@ -32,7 +35,7 @@ namespace korvex2 {
 namespace {
 
 /// Milliseconds tell apart what a program does in a row.
-QString now() { return QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz")); }
+QString clockText(const QTime& time) { return time.toString(QStringLiteral("HH:mm:ss.zzz")); }
 
 QSettings settings() { return QSettings(QStringLiteral("korvex2"), QStringLiteral("frontend")); }
 
@@ -58,6 +61,9 @@ MainWindow::MainWindow(HostChannel& channel, QWidget* parent)
   firstLayout_ = saveState();
 
   connect(&channel_, &HostChannel::reported, this, &MainWindow::showReport);
+  pendingTimer_.setSingleShot(true);
+  pendingTimer_.setInterval(20);
+  connect(&pendingTimer_, &QTimer::timeout, this, &MainWindow::showPendingTraffic);
   connect(&channel_, &HostChannel::exchanged, this, &MainWindow::showExchange);
 }
 
@@ -209,20 +215,44 @@ void MainWindow::showReport(const QString& sender, int kind, const QString& text
 void MainWindow::showSuccess(const QString& text) { addReport(HostChannel::tr(HostChannel::hostName), text, false); }
 
 void MainWindow::addReport(const QString& sender, const QString& text, bool alert) {
-  reports_->append({now(), sender, QString(text).replace(QLatin1Char('\n'), QLatin1Char(' '))}, alert);
+  reports_->append(
+      {clockText(QTime::currentTime()), sender, QString(text).replace(QLatin1Char('\n'), QLatin1Char(' '))}, alert);
   const QString line = tr("%1: %2").arg(sender, text);
   lastReport_->setText(line);
   lastReport_->setToolTip(Qt::convertFromPlainText(line));
 }
 
 void MainWindow::showExchange(const QByteArray& command, const QByteArray& answer, bool answered) {
-  constexpr int longestShown = 2000;
-  const QString shown = answered ? QString::fromLatin1(answer.left(longestShown)) : tr("(no answer)");
-  const bool alert = !answered || answer.startsWith("korvex2 err");
-  traffic_->append({now(), QString::fromLatin1(command), shown}, alert);
+  pendingTraffic_.push_back({QDateTime::currentMSecsSinceEpoch(), command, answer, answered});
+  if (pendingTraffic_.size() > trafficLimit) {
+    pendingTraffic_.pop_front();  // it would be pushed out at once
+  }
+  if (!pendingTimer_.isActive()) {
+    pendingTimer_.start();
+  }
   if (answered && !command.startsWith("korvex2 get ")) {
     emit backendTouched();
   }
+}
+
+void MainWindow::showPendingTraffic() {
+  constexpr int longestShown = 2000;
+  std::vector<LogModel::Row> rows;
+  rows.reserve(pendingTraffic_.size());
+  for (const Exchange& exchange : std::exchange(pendingTraffic_, {})) {
+    const QString shown =
+        exchange.answered ? QString::fromLatin1(exchange.answer.left(longestShown)) : tr("(no answer)");
+    const bool alert = !exchange.answered || exchange.answer.startsWith("korvex2 err");
+    rows.push_back({{clockText(QDateTime::fromMSecsSinceEpoch(exchange.time).time()),
+                     QString::fromLatin1(exchange.command), shown},
+                    alert});
+  }
+  traffic_->appendRows(std::move(rows));
+}
+
+LogModel& MainWindow::traffic() {
+  showPendingTraffic();
+  return *traffic_;
 }
 
 void MainWindow::showAbout() {

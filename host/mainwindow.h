@@ -2,7 +2,11 @@
 #ifndef KORVEX2_HOST_MAINWINDOW_H
 #define KORVEX2_HOST_MAINWINDOW_H
 
+#include <deque>
+
+#include <QByteArray>
 #include <QMainWindow>
+#include <QTimer>
 
 #include "guielement.h"
 #include "moduleset.h"
@@ -43,7 +47,8 @@ class MainWindow : public QMainWindow {
   StartPage& startPage() { return *startPage_; }
   HostChannel& channel() { return channel_; }
   LogModel& reports() { return *reports_; }
-  LogModel& traffic() { return *traffic_; }
+  /// Brought up to date first: what is exchanged is shown a moment later, so that showing it does not slow it down.
+  LogModel& traffic();
 
   /// Geometry and docks as the operator left them, from and to QSettings("korvex2", "frontend").
   void restoreLayout();
@@ -70,6 +75,7 @@ class MainWindow : public QMainWindow {
   void buildDocks();
   void buildMenus();
   void buildStatusBar();
+  void showPendingTraffic();
   void addReport(const QString& sender, const QString& text, bool alert);
   /// As large as the work needs, and never larger than the screen.
   void takeFirstSize();
@@ -80,6 +86,14 @@ class MainWindow : public QMainWindow {
   StartPage* startPage_;
   LogModel* reports_;
   LogModel* traffic_;
+  struct Exchange {
+    qint64 time = 0;  // milliseconds since the epoch
+    QByteArray command;
+    QByteArray answer;
+    bool answered = false;
+  };
+  std::deque<Exchange> pendingTraffic_;  // no more than are shown
+  QTimer pendingTimer_;
   QDockWidget* reportsDock_ = nullptr;
   QDockWidget* trafficDock_ = nullptr;
   QAction* quit_ = nullptr;

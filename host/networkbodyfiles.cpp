@@ -8,6 +8,7 @@
 
 #include "backendconnection.h"
 #include "bodyexchange.h"
+#include "bodyfileformat.h"
 #include "channeltext.h"
 #include "interpreter.h"
 #include "wholefile.h"
@@ -87,7 +88,8 @@ QString NetworkBodyFiles::exportBody(const BodyId& body, const QString& path) co
   const std::optional<QByteArray> value = valueAfter("korvex2 set " + what, answer);
   const auto file =
       QByteArray::fromBase64Encoding(value.value_or(QByteArray()), QByteArray::AbortOnBase64DecodingErrors);
-  if (!value || value->isEmpty() || !file) {
+  // What is no body file must not take the place of one.
+  if (!file || !parseBodyFile(*file).problem.isEmpty()) {
     return badAnswer();
   }
   return writeBodyFile(path, *file);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
+#include <QSignalSpy>
 
 using namespace korvex2;
 
@@ -62,4 +63,22 @@ TEST(LogModel, OnlyAnAlertStandsOut) {
   model.append({"1", "2"}, false);
   EXPECT_FALSE(model.data(model.index(0, 0), Qt::DecorationRole).isNull());
   EXPECT_TRUE(model.data(model.index(1, 0), Qt::DecorationRole).isNull());
+}
+
+TEST(LogModel, TakesSeveralRowsAtOnce) {
+  LogModel model({"a"}, 3);
+  QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+  QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+  model.appendRows(std::vector<LogModel::Row>{{{"1"}, false}, {{"2"}, true}});
+  model.appendRows(std::vector<LogModel::Row>{});
+  EXPECT_EQ(inserted.size(), 1);
+  model.appendRows(std::vector<LogModel::Row>{{{"3"}, false}, {{"4"}, false}});
+  ASSERT_EQ(model.rowCount(), 3);
+  EXPECT_EQ(cell(model, 0, 0), "2");
+  EXPECT_EQ(cell(model, 2, 0), "4");
+  EXPECT_FALSE(model.data(model.index(0, 0), Qt::DecorationRole).isNull());
+  model.appendRows(std::vector<LogModel::Row>{{{"5"}, false}, {{"6"}, false}, {{"7"}, false}, {{"8"}, false}});
+  ASSERT_EQ(model.rowCount(), 3);
+  EXPECT_EQ(cell(model, 0, 0), "6");
+  EXPECT_EQ(cell(model, 2, 0), "8");
 }

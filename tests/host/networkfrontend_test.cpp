@@ -90,8 +90,7 @@ TEST_F(NetworkFrontEnd, ShowsWhatItIsConnectedTo) {
   start();
   EXPECT_EQ(label("connectionStatus"), "Connected to " + place());
   EXPECT_EQ(label("connection"), "Backend at " + place());
-  EXPECT_EQ(label("connectionDetails"),
-            "Version 1.20.3\nCommands are answered within 0.3 s, or the connection is made anew");
+  EXPECT_EQ(label("connectionDetails"), "Version 1.20.3\nTime-out of commands: 0.3 s");
   ASSERT_EQ(bodies()->topLevelItemCount(), 1);
   EXPECT_EQ(bodies()->topLevelItem(0)->text(0), "Cup (Body 01)");
   EXPECT_FALSE(entry("connectAgain")->isEnabled());

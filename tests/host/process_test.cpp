@@ -87,8 +87,8 @@ TEST_F(Program, PrintsItsVersionWithoutADisplay) {
 TEST_F(Program, PrintsItsOptionsWithoutADisplay) {
   const Ended help = run({"--help"});
   EXPECT_EQ(help.exitCode, 0);
-  for (const char* option :
-       {"--plugin-dir", "--database", "--trajectory", "--rate", "--list-modules", "--demo", "--version", "--help"}) {
+  for (const char* option : {"--plugin-dir", "--database", "--trajectory", "--rate", "--backend", "--timeout",
+                             "--list-modules", "--demo", "--version", "--help"}) {
     EXPECT_TRUE(says(help.out, option)) << option;
   }
 }
@@ -120,6 +120,50 @@ TEST_F(Program, RefusesARateThatIsNoneAndATrajectoryWithoutAName) {
   const Ended refused = run({"--list-modules", "--trajectory", ""});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_TRUE(says(refused.err, "--trajectory needs a file")) << refused.err;
+}
+
+TEST_F(Program, RefusesAnAddressThatIsNone) {
+  for (const char* address : {"", "host:0", "host:port", "two words", "[::1"}) {
+    const Ended refused = run({"--list-modules", "--backend", address});
+    EXPECT_EQ(refused.exitCode, 1) << address;
+    EXPECT_TRUE(says(refused.err, "--backend needs HOST or HOST:PORT")) << refused.err;
+  }
+  for (const char* address : {"host", "host:1", "127.0.0.1:65535", "[::1]:80"}) {
+    EXPECT_EQ(run({"--list-modules", "--backend", address}).exitCode, 0) << address;
+  }
+}
+
+TEST_F(Program, RefusesATimeOutThatIsNone) {
+  for (const char* timeout : {"0", "99", "60001", "-100", "1.5", "2s", ""}) {
+    const Ended refused = run({"--list-modules", "--timeout", timeout});
+    EXPECT_EQ(refused.exitCode, 1) << timeout;
+    EXPECT_TRUE(says(refused.err, "--timeout needs a whole number from 100 to 60000")) << refused.err;
+  }
+  for (const char* timeout : {"100", "60000"}) {
+    EXPECT_EQ(run({"--list-modules", "--timeout", timeout}).exitCode, 0) << timeout;
+  }
+}
+
+TEST_F(Program, RefusesOptionsOfTheSimulatedBackendTogetherWithOneOnTheNetwork) {
+  for (const auto& [option, value] :
+       {std::pair<const char*, const char*>{"--database", "x"}, std::pair<const char*, const char*>{"--rate", "60"},
+        std::pair<const char*, const char*>{"--trajectory", "x"}}) {
+    const Ended refused = run({"--list-modules", "--backend", "host", option, value});
+    EXPECT_EQ(refused.exitCode, 1) << option;
+    EXPECT_TRUE(says(refused.err, std::string("the option ") + option +
+                                      " is for the simulated backend in this program and does not go together with "
+                                      "--backend"))
+        << refused.err;
+  }
+}
+
+TEST_F(Program, ADemonstrationWithoutItsBackendEndsWithExitCodeOne) {
+  const QTemporaryDir place;
+  // Nobody listens on the first port: only the system's own programs may.
+  const Ended ended = run({"--demo", place.filePath("pictures"), "--backend", "127.0.0.1:1"});
+  EXPECT_EQ(ended.exitCode, 1);
+  EXPECT_TRUE(says(ended.err, "The backend at 127.0.0.1:1 could not be reached: no backend listens there."))
+      << ended.err;
 }
 
 TEST_F(Program, SaysSoWhenThereIsNoDisplayForItsWindow) {
