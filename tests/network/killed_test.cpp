@@ -1,10 +1,12 @@
 // The backend program is killed before, during and after an apply.
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <thread>
 
 #include "operatedhost.h"
+#include "plainclient.h"
 
 namespace {
 
@@ -140,6 +142,38 @@ TEST_F(BackendKilled, WhileTheDialogOpensItCanStillBeClosed) {
     host->choose(cupRow);
     expectNear(host->shown(), before);
   });
+}
+
+// A client that sends one change after the other without waiting: each moves the markers by one millimetre.
+TEST(BackendProgram, KilledInAStreamOfChangesKeepsWhatItAcknowledgedAndNothingHalf) {
+  constexpr int changes = 60;
+  const QByteArray change = "korvex2 body transform standard b01 1 0 0 1 0 0 0 1 0 0 0 1\n";
+  BackendProcess backend;
+  std::vector<Position> before = backend.stored("standard", 1).markers;
+  for (int round = 0; round < 10; ++round) {
+    SCOPED_TRACE(round);
+    ASSERT_TRUE(backend.start());
+    PlainClient client(backend.port());
+    client.send(change.repeated(changes));
+    int acknowledged = 0;
+    while (acknowledged < round * 5 && client.readLine() == "korvex2 ok") {
+      ++acknowledged;
+    }
+    backend.killNow();
+    while (client.readLine() == "korvex2 ok") {
+      ++acknowledged;
+    }
+    backend.kill();
+    const StoredBody stored = backend.stored("standard", 1);
+    EXPECT_EQ(stored.problem.toStdString(), "");
+    ASSERT_EQ(stored.markers.size(), before.size());
+    const double done = stored.markers[0][0] - before[0][0];
+    EXPECT_NEAR(done, std::round(done), 1e-6);
+    EXPECT_GE(std::lround(done), acknowledged) << "an acknowledged change is lost";
+    EXPECT_LE(std::lround(done), changes);
+    expectNear(stored.markers, movedAlong(before, 0, -done));
+    before = stored.markers;
+  }
 }
 
 }  // namespace
