@@ -276,6 +276,9 @@ void BackendLink::giveUpSocket() {
 
 void BackendLink::fail(const QString& reason) {
   const bool wasConnected = stage_ == Stage::connected;
+  if (socket_) {
+    socket_->abort();
+  }
   giveUpSocket();
   stage_ = Stage::waiting;
   qCInfo(logChannel).noquote() << status_.place << "is not connected:" << reason;

@@ -39,6 +39,11 @@ LineSocket::LineSocket(int descriptor, std::chrono::milliseconds patience)
 
 LineSocket::~LineSocket() { ::close(descriptor_); }
 
+void LineSocket::abort() {
+  const linger atOnce{1, 0};
+  ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+}
+
 LineSocket::Result LineSocket::awaitReadiness(short events, Clock::time_point deadline) {
   for (;;) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();

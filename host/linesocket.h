@@ -37,6 +37,10 @@ class LineSocket {
 
   int descriptor() const { return descriptor_; }
 
+  /// What was sent and has not arrived shall not arrive any more: a command that was given up must not be carried out
+  /// after one that was sent later, over another connection. Takes effect when the socket is closed.
+  void abort();
+
   /// Sends bytes; they are all on their way when the result is `done`.
   Result write(const QByteArray& bytes, Clock::time_point deadline);
   /// Takes the next line, without its end ("\n" or "\r\n"), and waits for it if need be.
