@@ -88,7 +88,8 @@ class LineServer {
   /// Sends bytes that nobody asked for to everyone.
   void send(const QByteArray& bytes) {
     onThread([this, bytes] {
-      for (const auto& client : clients_) {
+      const auto clients = clients_;  // whoever has gone leaves the list meanwhile
+      for (const auto& client : clients) {
         client.first->write(bytes);
         client.first->flush();
       }
