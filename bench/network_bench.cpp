@@ -1,0 +1,165 @@
+// Times the dialog on a backend on the network: opening it, against a plain exchange of the same lines, and following.
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QDialog>
+#include <QTest>
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <clocale>
+#include <cstddef>
+#include <ctime>
+#include <memory>
+#include <vector>
+
+#include "backendfolder.h"
+#include "measuredhost.h"
+#include "pingpong.h"
+#include "requester.h"
+
+namespace {
+
+using namespace korvex2_bench;
+using Clock = std::chrono::steady_clock;
+
+constexpr int bodies = 70;
+constexpr int markers = 30;
+constexpr int followedBodies = 50;  // as many as find room in a line
+constexpr int linesPerSecond = 1000;
+constexpr int followedMs = 5000;
+
+/// Seconds that the same work took again and again. The median is the work's own: what else the machine does makes some
+/// of them longer.
+class Times {
+ public:
+  void add(double seconds) { seconds_.push_back(seconds); }
+  double median() {
+    const auto middle = seconds_.begin() + static_cast<std::ptrdiff_t>(seconds_.size() / 2);
+    std::nth_element(seconds_.begin(), middle, seconds_.end());
+    return *middle;
+  }
+  double best() const { return *std::min_element(seconds_.begin(), seconds_.end()); }
+
+ private:
+  std::vector<double> seconds_;
+};
+
+/// Opening the dialog on one body of 70. `ratio` is the rate of round trips while the dialog is in the channel's calls,
+/// to that of the same lines between two programs that do nothing else, taken right after it; `ratio_qt` that to two
+/// programs that use Qt's sockets. Rates are those of the median opening; `ratio_best` is that of the best ones.
+void openDialog(benchmark::State& state) {
+  const BackendOnBodies backend(bodies, markers, 60);
+  MeasuredHost host(backend.port());
+  const LineLengths lines = host.open(1).lines;  // and everything is warm
+  const QString program = QCoreApplication::applicationFilePath();
+  PingPong plain(program, Sockets::Plain, lines);
+  PingPong qt(program, Sockets::Qt, lines);
+  plain.play();
+  qt.play();
+  Times whole;
+  Times inChannel;
+  Times inExchanges;
+  Times plainTimes;
+  Times qtTimes;
+  int body = 0;
+  for (auto _ : state) {
+    const MeasuredHost::Opening opening = host.open(body++ % bodies + 1);
+    const double plainTime = plain.play();
+    const double qtTime = qt.play();
+    if (opening.lines.size() != lines.size() || plainTime < 0.0 || qtTime < 0.0) {
+      state.SkipWithError("an exchange failed");
+      return;
+    }
+    state.SetIterationTime(opening.whole);
+    whole.add(opening.whole);
+    inChannel.add(opening.inChannel);
+    inExchanges.add(opening.inExchanges);
+    plainTimes.add(plainTime);
+    qtTimes.add(qtTime);
+  }
+  const auto trips = static_cast<double>(lines.size());
+  state.counters["round_trips"] = trips;
+  state.counters["trips_per_s"] = trips / inChannel.median();
+  state.counters["connection_per_s"] = trips / inExchanges.median();
+  state.counters["plain_per_s"] = trips / plainTimes.median();
+  state.counters["qt_per_s"] = trips / qtTimes.median();
+  state.counters["ratio"] = plainTimes.median() / inChannel.median();
+  state.counters["ratio_best"] = plainTimes.best() / inChannel.best();
+  state.counters["ratio_qt"] = qtTimes.median() / inChannel.median();
+  state.counters["opening_ms"] = 1e3 * whole.median();
+}
+
+/// Counts lines, and tells the processor time of the thread that brings them.
+class CountingRequester : public Requester {
+ public:
+  int set_ascii_data(const char* /*tag*/, const char* /*line*/) override {
+    timespec now{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    threadTime = static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+    ++lines;
+    return 0;
+  }
+  void set_mea_started() override {}
+  void set_mea_stopped() override {}
+
+  std::atomic<double> threadTime{0.0};
+  std::atomic<int> lines{0};
+};
+
+double processorTime() {
+  rusage usage{};
+  ::getrusage(RUSAGE_SELF, &usage);
+  const auto seconds = [](const timeval& t) {
+    return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) * 1e-6;
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// The dialog online on one of 50 bodies, all of which are in each of a thousand lines a second: shares of one
+/// processor that the host's delivery thread, the host and the backend take.
+void followBodies(benchmark::State& state) {
+  const BackendOnBodies backend(followedBodies, markers, linesPerSecond);
+  MeasuredHost host(backend.port());
+  CountingRequester counter;
+  host.frontend().channel().register_requester("6d", &counter);
+  for (auto _ : state) {
+    host.follow(1, [&](QDialog&) {
+      QTest::qWait(500);  // the measurement has begun
+      const int lines = counter.lines;
+      const double delivery = counter.threadTime;
+      const double process = processorTime();
+      const double server = backend.processorTime();
+      const Clock::time_point begin = Clock::now();
+      QTest::qWait(followedMs);
+      const double wall = std::chrono::duration<double>(Clock::now() - begin).count();
+      state.SetIterationTime(wall);
+      state.counters["lines_per_s"] = (counter.lines - lines) / wall;
+      state.counters["delivery_thread"] = (counter.threadTime - delivery) / wall;
+      state.counters["host_process"] = (processorTime() - process) / wall;
+      state.counters["backend_process"] = (backend.processorTime() - server) / wall;
+    });
+  }
+  host.frontend().channel().unregister_requester("6d", &counter);
+}
+
+}  // namespace
+
+BENCHMARK(openDialog)->UseManualTime()->Iterations(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(followBodies)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+int main(int argc, char** argv) {
+  const int partner = playPartner(argc, argv);
+  if (partner >= 0) {
+    return partner;
+  }
+  QApplication application(argc, argv);
+  std::setlocale(LC_NUMERIC, "C");
+  QApplication::setQuitOnLastWindowClosed(false);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}
