@@ -79,6 +79,16 @@ class NetworkFrontEnd : public testing::Test {
     return QTest::qWaitFor([&] { return frontend->connection().linkStatus().state == state; }, 4000);
   }
 
+  /// Ends the connection and waits for the next one. The time in between may be too short to be seen.
+  bool cutAndReturn() {
+    const int before = server.connections();
+    server.cut();
+    return QTest::qWaitFor(
+        [&] {
+          return server.connections() > before && frontend->connection().linkStatus().state == LinkState::connected;
+        },
+        4000);
+  }
   QTemporaryDir settings;
   LineServer server;
   std::unique_ptr<Frontend> frontend;
@@ -168,9 +178,7 @@ TEST_F(NetworkFrontEnd, AnotherVersionIsWrittenToTheSameRecordAndTold) {
   start();
   const BackendVersions* const record = &frontend->versions();
   server.setAnswer("korvex2 get version", "korvex2 set version 1.9.-1");
-  server.cut();
-  ASSERT_TRUE(becomes(LinkState::reconnecting));
-  ASSERT_TRUE(becomes(LinkState::connected));
+  ASSERT_TRUE(cutAndReturn());
   EXPECT_EQ(record->backend_major, 1);
   EXPECT_EQ(record->backend_minor, 9);
   EXPECT_EQ(record->backend_revision, -1);
@@ -182,9 +190,7 @@ TEST_F(NetworkFrontEnd, AnotherVersionIsWrittenToTheSameRecordAndTold) {
 
 TEST_F(NetworkFrontEnd, TheSameVersionIsNotTold) {
   start();
-  server.cut();
-  ASSERT_TRUE(becomes(LinkState::reconnecting));
-  ASSERT_TRUE(becomes(LinkState::connected));
+  ASSERT_TRUE(cutAndReturn());
   EXPECT_EQ(reports().size(), 2u);
 }
 

@@ -47,6 +47,12 @@ class Reconnection : public testing::Test {
   bool becomes(LinkState wanted, int within = 4000) const {
     return QTest::qWaitFor([this, wanted] { return state() == wanted; }, within);
   }
+  /// Ends the connection and waits for the next one. The time in between may be too short to be seen.
+  bool cutAndReturn() {
+    const int before = server.connections();
+    server.cut();
+    return QTest::qWaitFor([&] { return server.connections() > before && state() == LinkState::connected; }, 4000);
+  }
   std::string ask(const QByteArray& line) {
     QByteArray answer;
     return connection->exchange(line, answer) ? answer.toStdString() : "(none)";
@@ -119,7 +125,7 @@ TEST_F(Reconnection, AHostThatNobodyKnowsIsToldAsSuch) {
 
 TEST_F(Reconnection, AttemptsComeAtTheTimesGiven) {
   NetworkOptions options = quick();
-  options.retryDelays = {0ms, 60ms, 120ms};
+  options.retryDelays = {0ms, 150ms, 300ms};
   connect(options);
   std::vector<qint64> attempts;
   QElapsedTimer timer;
@@ -138,17 +144,14 @@ TEST_F(Reconnection, AttemptsComeAtTheTimesGiven) {
           known = server.connections();
           attempts.push_back(timer.elapsed());
         }
-        return attempts.size() == 5;
+        return attempts.size() == 4;
       },
-      4000));
+      10000));
   // Not before their times; how long after depends on what else the machine does.
-  EXPECT_LT(attempts[0], 55);
-  const auto gap = [&](std::size_t i) { return attempts[i] - attempts[i - 1]; };
-  EXPECT_GE(gap(1), 55);
-  EXPECT_GE(gap(2), 110);
-  EXPECT_GE(gap(3), 110) << "the last time goes on";
-  EXPECT_GE(gap(4), 110);
-  EXPECT_LT(attempts[4], 2000);
+  EXPECT_LT(attempts[0], 140);
+  EXPECT_GE(attempts[1] - attempts[0], 135);
+  EXPECT_GE(attempts[2] - attempts[1], 270);
+  EXPECT_GE(attempts[3] - attempts[2], 270) << "the last time goes on";
 }
 
 TEST_F(Reconnection, AConnectionThatDoesNotLastDoesNotBeginTheWaitingTimesAnew) {
@@ -157,11 +160,9 @@ TEST_F(Reconnection, AConnectionThatDoesNotLastDoesNotBeginTheWaitingTimesAnew) 
   options.stableAfter = 10000ms;
   connect(options);
   for (int i = 0; i < 3; ++i) {
-    server.cut();
     QElapsedTimer timer;
     timer.start();
-    ASSERT_TRUE(becomes(LinkState::reconnecting));
-    ASSERT_TRUE(becomes(LinkState::connected));
+    ASSERT_TRUE(cutAndReturn());
     EXPECT_GE(timer.elapsed(), 120);
   }
 }
@@ -214,9 +215,7 @@ TEST_F(Reconnection, AnotherVersionIsKnownBeforeTheConnectionCounts) {
     }
   });
   server.setAnswer(versionLine, "korvex2 set version 1.9.-1");
-  server.cut();
-  ASSERT_TRUE(becomes(LinkState::reconnecting));
-  ASSERT_TRUE(becomes(LinkState::connected));
+  ASSERT_TRUE(cutAndReturn());
   EXPECT_EQ(atConnection.minor, 9);
   EXPECT_EQ(atConnection.revision, -1);
 }
@@ -259,9 +258,7 @@ TEST_F(Reconnection, WhatModulesSwitchedOnIsSetAgainAfterTheOutputPort) {
   EXPECT_EQ(ask("korvex2 set output active chmon 6dx yes"), "korvex2 err 4 \"no such kind\"");
   EXPECT_EQ(ask("korvex2 set output active chother 6d no"), "korvex2 ok");
   server.takeLines();
-  server.cut();
-  ASSERT_TRUE(becomes(LinkState::reconnecting));
-  ASSERT_TRUE(becomes(LinkState::connected));
+  ASSERT_TRUE(cutAndReturn());
   lines = server.takeLines();
   ASSERT_EQ(lines.size(), 5u);
   EXPECT_EQ(lines[0], versionLine);
@@ -293,9 +290,7 @@ TEST_F(Reconnection, AKindThatTheNewBackendRefusesIsNotSetASecondTime) {
   });
   for (int i = 0; i < 2; ++i) {
     server.takeLines();
-    server.cut();
-    ASSERT_TRUE(becomes(LinkState::reconnecting));
-    ASSERT_TRUE(becomes(LinkState::connected));
+    ASSERT_TRUE(cutAndReturn());
     EXPECT_EQ(server.takeLines().size(), i == 0 ? 2u : 1u);
   }
 }
@@ -310,9 +305,7 @@ TEST_F(Reconnection, ABackendWithoutOutputOverTheNetworkServesForTheRest) {
   connection->startLiveLines(distributor);
   EXPECT_EQ(state(), LinkState::connected);
   EXPECT_FALSE(connection->liveStatus().offered);
-  server.cut();
-  ASSERT_TRUE(becomes(LinkState::reconnecting));
-  ASSERT_TRUE(becomes(LinkState::connected));
+  ASSERT_TRUE(cutAndReturn());
   EXPECT_FALSE(connection->liveStatus().offered);
 }
 
@@ -330,7 +323,7 @@ TEST_F(Reconnection, ABackendThatDoesNotAnswerTheFirstQuestionsIsLeftAndTriedAga
 
 TEST_F(Reconnection, EndsWithTheConnection) {
   connect();
-  server.cut();
+  server.stopListening();
   ASSERT_TRUE(becomes(LinkState::reconnecting));
   connection.reset();
   const int connections = server.connections();
