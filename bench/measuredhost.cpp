@@ -42,52 +42,53 @@ bool MeasuredConnection::exchange(const QByteArray& line, QByteArray& answer) {
   const Clock::time_point begin = Clock::now();
   const bool answered = korvex2::NetworkConnection::exchange(line, answer);
   seconds += secondsSince(begin);
+  commands.push_back(line);
   exchanged.emplace_back(line.size(), answer.size());
   return answered;
 }
 
 int MeasuredChannel::send_raw_command(char* answer, const char* format, ...) {
-  const Stopwatch watch(seconds);
   va_list values;
   va_start(values, format);
   const Text text = formatted(format, values);
   va_end(values);
+  const Stopwatch watch(seconds);
   return host_.send_raw_command(answer, "%s", text.text);
 }
 
 int MeasuredChannel::get_string(char* answer, const char* format, ...) {
-  const Stopwatch watch(seconds);
   va_list values;
   va_start(values, format);
   const Text text = formatted(format, values);
   va_end(values);
+  const Stopwatch watch(seconds);
   return host_.get_string(answer, "%s", text.text);
 }
 
 int MeasuredChannel::get_int(int* answer, const char* format, ...) {
-  const Stopwatch watch(seconds);
   va_list values;
   va_start(values, format);
   const Text text = formatted(format, values);
   va_end(values);
+  const Stopwatch watch(seconds);
   return host_.get_int(answer, "%s", text.text);
 }
 
 int MeasuredChannel::get_reals(double* reals, int count, const char* format, ...) {
-  const Stopwatch watch(seconds);
   va_list values;
   va_start(values, format);
   const Text text = formatted(format, values);
   va_end(values);
+  const Stopwatch watch(seconds);
   return host_.get_reals(reals, count, "%s", text.text);
 }
 
 int MeasuredChannel::set_value(const char* format, ...) {
-  const Stopwatch watch(seconds);
   va_list values;
   va_start(values, format);
   const Text text = formatted(format, values);
   va_end(values);
+  const Stopwatch watch(seconds);
   return host_.set_value("%s", text.text);
 }
 
@@ -131,6 +132,7 @@ MeasuredHost::~MeasuredHost() {
 
 MeasuredHost::Opening MeasuredHost::open(int body) {
   Opening opening;
+  connection_->commands.clear();
   connection_->exchanged.clear();
   connection_->seconds = 0.0;
   channel_->seconds = 0.0;
@@ -140,6 +142,7 @@ MeasuredHost::Opening MeasuredHost::open(int body) {
     opening.whole = secondsSince(begin);
     opening.inChannel = channel_->seconds;
     opening.inExchanges = connection_->seconds;
+    opening.commands = connection_->commands;
     opening.lines = connection_->exchanged;
     dialog_->reject();
   });

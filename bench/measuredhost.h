@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "bodyadjustmentdialog.h"
 #include "frontend.h"
@@ -20,12 +21,13 @@ class MeasuredConnection : public korvex2::NetworkConnection {
   using korvex2::NetworkConnection::NetworkConnection;
   bool exchange(const QByteArray& line, QByteArray& answer) override;
 
+  std::vector<QByteArray> commands;
   LineLengths exchanged;
   double seconds = 0.0;
 };
 
-/// The channel that the dialog gets: hands everything on to the host's and times it. Texts are formatted twice for
-/// that, which makes each call a little dearer than it is.
+/// The channel that the dialog gets: hands everything on to the host's and times that. It has to format the texts for
+/// it, which is not in the times; what is in them is the host's formatting of a text that is ready.
 class MeasuredChannel : public IOManager {
  public:
   explicit MeasuredChannel(IOManager& host) : host_(host) {}
@@ -57,7 +59,8 @@ class MeasuredHost {
     double whole = 0.0;        ///< seconds from the request to the dialog on the screen
     double inChannel = 0.0;    ///< of them in the channel's calls
     double inExchanges = 0.0;  ///< of these in the connection
-    LineLengths lines;
+    std::vector<QByteArray> commands;
+    LineLengths lines;  ///< their lengths, and those of the answers
   };
   /// Opens the dialog on a standard body and closes it again.
   Opening open(int body);

@@ -50,27 +50,34 @@ class Times {
 
 /// Opening the dialog on one body of 70. `ratio` is the rate of round trips while the dialog is in the channel's calls,
 /// to that of the same lines between two programs that do nothing else, taken right after it; `ratio_qt` that to two
-/// programs that use Qt's sockets. Rates are those of the median opening; `ratio_best` is that of the best ones.
+/// programs that use Qt's sockets. To tell where the time goes there are the rates of the connection alone, without the
+/// channel around it, and of the backend, asked the same by a plain program. Rates are those of the median opening;
+/// `ratio_best` is that of the best ones.
 void openDialog(benchmark::State& state) {
   const BackendOnBodies backend(bodies, markers, 60);
   MeasuredHost host(backend.port());
-  const LineLengths lines = host.open(1).lines;  // and everything is warm
+  const MeasuredHost::Opening first = host.open(1);  // and everything is warm
+  const LineLengths& lines = first.lines;
   const QString program = QCoreApplication::applicationFilePath();
   PingPong plain(program, Sockets::Plain, lines);
   PingPong qt(program, Sockets::Qt, lines);
+  PingPong alone(backend.port(), first.commands);
   plain.play();
   qt.play();
+  alone.play();
   Times whole;
   Times inChannel;
   Times inExchanges;
   Times plainTimes;
   Times qtTimes;
+  Times aloneTimes;
   int body = 0;
   for (auto _ : state) {
     const MeasuredHost::Opening opening = host.open(body++ % bodies + 1);
     const double plainTime = plain.play();
     const double qtTime = qt.play();
-    if (opening.lines.size() != lines.size() || plainTime < 0.0 || qtTime < 0.0) {
+    const double aloneTime = alone.play();
+    if (opening.lines.size() != lines.size() || plainTime < 0.0 || qtTime < 0.0 || aloneTime < 0.0) {
       state.SkipWithError("an exchange failed");
       return;
     }
@@ -80,11 +87,13 @@ void openDialog(benchmark::State& state) {
     inExchanges.add(opening.inExchanges);
     plainTimes.add(plainTime);
     qtTimes.add(qtTime);
+    aloneTimes.add(aloneTime);
   }
   const auto trips = static_cast<double>(lines.size());
   state.counters["round_trips"] = trips;
   state.counters["trips_per_s"] = trips / inChannel.median();
   state.counters["connection_per_s"] = trips / inExchanges.median();
+  state.counters["backend_per_s"] = trips / aloneTimes.median();
   state.counters["plain_per_s"] = trips / plainTimes.median();
   state.counters["qt_per_s"] = trips / qtTimes.median();
   state.counters["ratio"] = plainTimes.median() / inChannel.median();

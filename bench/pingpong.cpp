@@ -140,6 +140,19 @@ PingPong::PingPong(const QString& program, Sockets sockets, const LineLengths& l
     socket_.waitForBytesWritten();
     return;
   }
+  connectPlain(port);
+  sendAll(descriptor_, lengths);
+  ::usleep(20000);  // the partner reads the lengths as a line of its own
+}
+
+PingPong::PingPong(quint16 port, const std::vector<QByteArray>& lines) : sockets_(Sockets::Plain) {
+  for (const QByteArray& line : lines) {
+    lines_.emplace_back(line + '\n', 0);
+  }
+  connectPlain(port);
+}
+
+void PingPong::connectPlain(quint16 port) {
   descriptor_ = ::socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -147,8 +160,6 @@ PingPong::PingPong(const QString& program, Sockets sockets, const LineLengths& l
   address.sin_port = htons(port);
   if (::connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
     setNoDelay(descriptor_);
-    sendAll(descriptor_, lengths);
-    ::usleep(20000);  // the partner reads the lengths as a line of its own
   }
 }
 
@@ -157,7 +168,9 @@ PingPong::~PingPong() {
   if (descriptor_ >= 0) {
     ::close(descriptor_);
   }
-  partner_.waitForFinished(5000);
+  if (partner_.state() != QProcess::NotRunning) {
+    partner_.waitForFinished(5000);
+  }
 }
 
 double PingPong::play() { return sockets_ == Sockets::Plain ? playPlain() : playQt(); }

@@ -25,12 +25,15 @@ class PingPong {
  public:
   /// @param program  this program
   PingPong(const QString& program, Sockets sockets, const LineLengths& lines);
+  /// Plain sockets to a backend at this port, which is sent these lines.
+  PingPong(quint16 port, const std::vector<QByteArray>& lines);
   ~PingPong();
 
   /// Sends every line and takes its answer before the next one. Returns the seconds that took, negative when it failed.
   double play();
 
  private:
+  void connectPlain(quint16 port);
   double playPlain();
   double playQt();
 
