@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -27,6 +28,12 @@ QString temporaryTemplate() {
   return (QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/korvex2-network-XXXXXX");
 }
 
+/// Ends with the program that started it, also when that one is killed or crashes.
+class BoundProcess : public QProcess {
+ protected:
+  void setupChildProcess() override { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }
+};
+
 /// Opens a copy of the folder: the folder's lock, and whatever opening may write, stay out of the program's way.
 template <class Look>
 void lookInto(const QString& folder, Look look) {
@@ -50,7 +57,7 @@ BackendProcess::~BackendProcess() { stop(); }
 
 bool BackendProcess::start(quint16 port) {
   stop();
-  program_ = std::make_unique<QProcess>();
+  program_ = std::make_unique<BoundProcess>();
   program_->start(QStringLiteral(BACKEND_PROGRAM),
                   QStringList{"--listen", QStringLiteral("127.0.0.1:%1").arg(port), "--database", folder()} + options);
   static const QRegularExpression ready(QStringLiteral("^korvex2-backend: listening on 127\\.0\\.0\\.1:(\\d+)\\n$"));
