@@ -92,8 +92,7 @@ QString shownField(const QByteArray& text) {
   QString shown;
   for (int i = 0; i < std::min(text.size(), 24); ++i) {
     const char c = text[i];
-    const bool usual = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-                       c == '-' || c == '+' || c == '.';
+    const bool usual = c >= ' ' && c <= '~' && c != '"';
     shown += QLatin1Char(usual ? c : '?');
   }
   return shown;

@@ -26,7 +26,8 @@ struct CommandLine {
 /// quotes and quoted text that is not UTF-8. One line end behind the line is ignored.
 CommandLine splitCommandLine(const QByteArray& line);
 
-/// A piece of the sender's text for an error message: at most 24 characters, everything unusual replaced by '?'.
+/// A piece of the sender's text for an error message: at most 24 characters; double quotes, which would end the message,
+/// and everything that is not printable ASCII are replaced by '?'.
 QString shownField(const QByteArray& text);
 
 }  // namespace korvex2

@@ -32,6 +32,8 @@ void LiveSource::publish(LiveState state) {
   changed_.notify_all();
 }
 
+void LiveSource::settle() { const std::lock_guard<std::mutex> lock(turnMutex_); }
+
 bool LiveSource::isMeasuring() const {
   const std::lock_guard<std::mutex> lock(mutex_);
   return published_->measurement != 0;
@@ -78,6 +80,7 @@ void LiveSource::run(LiveSink& sink) {
 }
 
 std::optional<LiveSource::Time> LiveSource::turn(LiveSink& sink, Time now) {
+  const std::lock_guard<std::mutex> turning(turnMutex_);
   std::shared_ptr<const Published> present;
   {
     const std::lock_guard<std::mutex> lock(mutex_);

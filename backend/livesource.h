@@ -41,6 +41,10 @@ class LiveSource {
   /// Makes a new state the present one. Any thread.
   void publish(LiveState state);
 
+  /// Waits for the frame that is being delivered, if any: when it returns, everything that comes follows the state that
+  /// was published last. For those whose sink never waits; not to be called from within the sink.
+  void settle();
+
   /// Begins to deliver; nothing happens when it does already. `sink` must live until stop().
   void start(LiveSink& sink);
   /// Ends the delivery: the sink is not being called when it returns, and will not be. Nothing happens the second time.
@@ -66,6 +70,7 @@ class LiveSource {
   const LiveLines lines_;
   const int rate_;
 
+  std::mutex turnMutex_;  // held during a turn; taken before mutex_
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::shared_ptr<const Published> published_;  // guarded by mutex_, as are the next three

@@ -26,12 +26,17 @@ extern "C" void stopServer(int) {
   static_cast<void>(::write(stopDescriptor, &byte, 1) == 1);
 }
 
-/// SIGTERM and SIGINT end the program in good order; a client that is gone is no reason to end.
+/// SIGTERM and SIGINT end the program in good order.
 void handleSignals(const BackendServer& server) {
   stopDescriptor = server.stopDescriptor();
   std::signal(SIGTERM, &stopServer);
   std::signal(SIGINT, &stopServer);
+}
+
+/// Neither a client that is gone nor a file that may not grow is a reason to end: both are noticed where they happen.
+void ignoreSignals() {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void tell(const QString& problem) { std::fprintf(stderr, "korvex2-backend: %s\n", qPrintable(problem)); }
@@ -96,6 +101,7 @@ int serve(const ServerOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  ignoreSignals();
   QCoreApplication application(argc, argv);
   std::setlocale(LC_NUMERIC, "C");  // the application object took the user's; numbers in texts have a decimal point
   qInstallMessageHandler(&messagesToStandardError);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QRegularExpression>
+
 #include <cmath>
 #include <limits>
 #include <map>
@@ -270,6 +272,33 @@ TEST_F(LiveLinesTest, AnEmptyDatabaseHasLinesWithoutRecords) {
   EXPECT_EQ(lines.frame(state, 0, 0.0), (std::vector<QByteArray>{"fr 0", "ts 0.000000", "6d 0", "6dw2 0 0"}));
   state.oldDeviceFormat = true;
   EXPECT_EQ(lines.frame(state, 0, 0.0).back(), "6dw 0");
+}
+
+TEST_F(LiveLinesTest, PositionsHaveFourDecimalsRotationsSevenAndTimesSix) {
+  const auto decimalsIn = [](const QString& text) {
+    std::set<int> counts;
+    const QStringList words = text.split(QRegularExpression("[][ ]+"), Qt::SkipEmptyParts);
+    for (const QString& word : words) {
+      counts.insert(word.contains('.') ? word.size() - word.indexOf('.') - 1 : 0);
+    }
+    return counts;
+  };
+  LiveState state = crowd(3);
+  for (const bool old : {false, true}) {
+    state.oldDeviceFormat = old;
+    const std::vector<QByteArray> frame = LiveLines().frame(state, 7, 7.0 / 60.0);
+    ASSERT_EQ(frame.size(), 4U);
+    EXPECT_EQ(frame[1], "ts 0.116667");
+    for (const QByteArray& line : {frame[2], frame[3]}) {
+      const QStringList blocks = QString::fromLatin1(line).split('[').mid(1);
+      const int perRecord = line.startsWith("6dw2") ? 4 : 3;
+      ASSERT_EQ(blocks.size(), 3 * perRecord) << line.constData();
+      for (int i = 0; i < blocks.size(); ++i) {
+        const int block = i % perRecord;
+        EXPECT_EQ(decimalsIn(blocks[i]), std::set<int>{block == 1 ? 4 : block == 2 ? 7 : 0}) << blocks[i].toStdString();
+      }
+    }
+  }
 }
 
 TEST(LiveLinesOfACrowd, AreNeverLongerThanAClientReads) {

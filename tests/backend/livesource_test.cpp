@@ -242,6 +242,48 @@ TEST(LiveThread, WakesUpForAMeasurementAndGoesBackToSleep) {
   }
 }
 
+TEST(LiveThread, SettlesWhenTheFrameUnderWayIsDelivered) {
+  /// Stays in its first frame until it is let go.
+  class SlowSink : public SinkRecorder {
+   public:
+    void frame(const std::vector<QByteArray>& lines) override {
+      const bool first = !entered.exchange(true);
+      while (first && !released) {
+        std::this_thread::sleep_for(1ms);
+      }
+      SinkRecorder::frame(lines);
+    }
+    std::atomic<bool> entered{false};
+    std::atomic<bool> released{false};
+  };
+  SlowSink sink;
+  LiveSource source(LiveLines(), 1000);
+  source.publish(stateOf(true));
+  source.start(sink);
+  ASSERT_TRUE(holdsInTime([&] { return sink.entered.load(); }));
+  std::atomic<bool> settled{false};
+  std::atomic<std::size_t> callsWhenSettled{0};
+  std::thread waiting([&] {
+    LiveState state = stateOf(true);
+    state.standard[0].calibrated = false;
+    source.publish(state);
+    source.settle();
+    callsWhenSettled = sink.calls().size();
+    settled = true;
+  });
+  std::this_thread::sleep_for(20ms);
+  EXPECT_FALSE(settled) << "a frame of the state before is still under way";
+  sink.released = true;
+  waiting.join();
+  source.stop();
+  const Calls calls = sink.calls();
+  ASSERT_GE(callsWhenSettled, 4U);
+  for (std::size_t i = callsWhenSettled; i < calls.size(); ++i) {
+    EXPECT_NE(calls[i].substr(0, 9), "6d 2 [0 1") << "of the state before, call " << i;
+  }
+  source.settle();  // nothing is under way
+}
+
 TEST(LiveThread, EndsWithItsSource) {
   SinkRecorder sink;
   for (const bool measuring : {false, true}) {

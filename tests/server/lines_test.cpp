@@ -145,7 +145,7 @@ TEST_F(ServerLines, NumbersHaveADecimalPointInEveryLocale) {
   EXPECT_EQ(client.ask("korvex2 get body marker standard b01 m01"),
             "korvex2 set body marker standard b01 m01 1.5 -2.25 1000");
   EXPECT_EQ(client.ask("korvex2 set body marker standard b01 m01 1,5 2 3"),
-            "korvex2 err 4 \"a number is expected, not 1?5\"");
+            "korvex2 err 4 \"a number is expected, not 1,5\"");
 }
 
 TEST_F(ServerLines, ComeOverIpv6Too) {

@@ -322,6 +322,46 @@ TEST_F(BackendProgram, WhatIsWrongWithTheDatabaseIsToldAndTheRestServed) {
   EXPECT_TRUE(says(done.err, "korvex2-backend: ") && says(done.err, "cap.body")) << done.err;
 }
 
+TEST_F(BackendProgram, AFileThatMayNotGrowIsAChangeThatIsNotSaved) {
+  ASSERT_EQ(korvex2::copyShippedDatabase(KORVEX2_SHIPPED_DATA, folder()), "");
+  process.setProcessEnvironment(environment());
+  // 1 is 512 or 1024 bytes: the body's file finds room, the catalogue does not.
+  process.start("sh", {"-c", "ulimit -S -f 1; exec \"$0\" \"$@\"", BACKEND_PROGRAM, "--listen", "127.0.0.1:0",
+                       "--database", folder()});
+  ASSERT_TRUE(process.waitForReadyRead(10'000));
+  const QByteArray line = process.readLine().trimmed();
+  TcpClient client(line.mid(line.lastIndexOf(':') + 1).toUShort());
+  for (const char* change : {"set body desc standard b01 Mug", "body delete_marker standard b01 m05",
+                             "set wandgrip multiuser yes", "set config is_changeable no"}) {
+    EXPECT_EQ(client.ask(std::string("korvex2 ") + change).substr(0, 15), "korvex2 err 10 ") << change;
+  }
+  EXPECT_EQ(client.ask("korvex2 get body desc standard b01"), "korvex2 set body desc standard b01 \"Cup\"");
+  EXPECT_EQ(client.ask("korvex2 get body number_of_marker standard b01"),
+            "korvex2 set body number_of_marker standard b01 5");
+  EXPECT_EQ(client.ask("korvex2 get wandgrip multiuser"), "korvex2 set wandgrip multiuser no");
+  EXPECT_EQ(end().exitCode, 0);
+  EXPECT_EQ(korvex2::openDatabase(folder())->problems(), QStringList());
+}
+
+TEST_F(BackendProgram, CountsFramesFromItsStartAlsoWhileNothingIsMeasured) {
+  ASSERT_TRUE(start({"--rate", "1000"}));
+  TcpClient client(port);
+  UdpReceiver receiver;
+  ASSERT_EQ(client.ask("korvex2 set output net chmon udp " + receiver.port()), "korvex2 ok");
+  QElapsedTimer sinceStart;
+  sinceStart.start();
+  EXPECT_EQ(receiver.datagram(std::chrono::milliseconds(100)), "(none)");
+  const qint64 idle = sinceStart.elapsed();
+  ASSERT_EQ(client.ask("korvex2 tracking start"), "korvex2 ok");
+  const long first = korvex2_test::frameOf(receiver.datagram());
+  EXPECT_GT(first, idle / 2) << "not from the beginning of the measurement";
+  ASSERT_EQ(client.ask("korvex2 tracking stop"), "korvex2 ok");
+  receiver.drain();
+  EXPECT_EQ(receiver.datagram(std::chrono::milliseconds(100)), "(none)");
+  ASSERT_EQ(client.ask("korvex2 tracking start"), "korvex2 ok");
+  EXPECT_GE(korvex2_test::frameOf(receiver.datagram()), first + 100);
+}
+
 TEST_F(BackendProgram, SendsFramesAtTheRateAskedFor) {
   ASSERT_TRUE(start({"--rate", "50"}));
   TcpClient client(port);
