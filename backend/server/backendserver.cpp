@@ -2,7 +2,6 @@
 #include "backendserver.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,12 +15,9 @@ namespace korvex2 {
 
 namespace {
 
-// Keys of what is watched; a client's is its descriptor, which is smaller.
-constexpr std::uint64_t stopKey = UINT64_MAX;
-constexpr std::uint64_t listenerKey = UINT64_MAX - 1;
-
-static_assert(EPOLLIN == POLLIN && EPOLLOUT == POLLOUT && EPOLLERR == POLLERR && EPOLLHUP == POLLHUP,
-              "the bits of both calls are the same");
+constexpr std::size_t stopPlace = 0;
+constexpr std::size_t listenerPlace = 1;
+constexpr std::size_t firstClientPlace = 2;
 
 // How many clients are let in before the present ones have their turn again.
 constexpr int mostWelcomesATurn = 16;
@@ -31,21 +27,18 @@ constexpr std::chrono::milliseconds acceptPause{100};
 }  // namespace
 
 BackendServer::BackendServer(BodyDatabase& database, LiveLines lines, int rate, const ServerLimits& limits)
-    : interpreter_(database), limits_(limits), epoll_(::epoll_create1(EPOLL_CLOEXEC)), live_(std::move(lines), rate) {
+    : interpreter_(database), limits_(limits), live_(std::move(lines), rate) {
   int ends[2] = {-1, -1};
   if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {
     stopReader_ = FileDescriptor(ends[0]);
     stopWriter_ = FileDescriptor(ends[1]);
-  }
-  if (!stopReader_ || !watch(EPOLL_CTL_ADD, stopReader_.get(), POLLIN, stopKey)) {
-    epoll_ = FileDescriptor();  // listen() tells
   }
 }
 
 BackendServer::~BackendServer() { live_.stop(); }
 
 QString BackendServer::listen(const ListenAddress& address) {
-  if (!epoll_) {
+  if (!stopReader_) {
     return QStringLiteral("there are too many open files");
   }
   QString problem;
@@ -65,15 +58,15 @@ void BackendServer::stop() {
 
 void BackendServer::run() {
   live_.start(sender_);
-  while (waitForEvents() && !stopSeen_) {
+  while (waitForEvents() >= 0 && polled_[stopPlace].revents == 0) {
     const Clock::time_point now = Clock::now();
     const std::size_t count = clients_.size();
     firstTurn_ = count == 0 ? 0 : (firstTurn_ + 1) % count;
     for (std::size_t i = 0; i < count; ++i) {
-      Client& client = clients_[(firstTurn_ + i) % count];
-      serve(*client.connection, std::exchange(client.events, short(0)), now);
+      const std::size_t index = (firstTurn_ + i) % count;
+      serve(*clients_[index], polled_[firstClientPlace + index].revents, now);
     }
-    if (std::exchange(listenerSeen_, false)) {
+    if (polled_[listenerPlace].revents != 0) {
       acceptClients(now);
     }
     removeGone();
@@ -84,66 +77,34 @@ void BackendServer::run() {
   clients_.clear();
 }
 
-// Returns false only when it makes no sense to go on.
-bool BackendServer::waitForEvents() {
+// Returns a negative number only when it makes no sense to go on.
+int BackendServer::waitForEvents() {
   const Clock::time_point now = Clock::now();
   if (acceptNotBefore_ && now >= *acceptNotBefore_) {
     acceptNotBefore_.reset();
   }
-  watchClients();
-  const int count = ::epoll_wait(epoll_.get(), seen_.data(), static_cast<int>(seen_.size()), timeoutOf(now));
-  if (count < 0) {
-    return errno == EINTR;
+  polled_.clear();
+  polled_.push_back({stopReader_.get(), POLLIN, 0});
+  polled_.push_back({acceptNotBefore_ ? -1 : listener_.get(), POLLIN, 0});
+  for (const auto& client : clients_) {
+    polled_.push_back({client->descriptor(), client->events(), 0});
   }
-  for (int i = 0; i < count; ++i) {
-    const epoll_event& event = seen_[static_cast<std::size_t>(i)];
-    if (event.data.u64 == stopKey) {
-      stopSeen_ = true;
-    } else if (event.data.u64 == listenerKey) {
-      listenerSeen_ = true;
-    } else {
-      const auto client = std::find_if(clients_.begin(), clients_.end(), [&event](const Client& c) {
-        return static_cast<std::uint64_t>(c.connection->descriptor()) == event.data.u64;
-      });
-      if (client != clients_.end()) {
-        client->events = static_cast<short>(event.events);
-      }
-    }
+  const int result = ::poll(polled_.data(), static_cast<nfds_t>(polled_.size()), timeoutOf(now));
+  if (result < 0) {
+    std::for_each(polled_.begin(), polled_.end(), [](pollfd& entry) { entry.revents = 0; });
+    return errno == EINTR || errno == EAGAIN || errno == ENOMEM ? 0 : -1;
   }
-  return true;
+  return result;
 }
 
-// What is watched seldom changes from one turn to the next; most turns tell the system nothing.
-void BackendServer::watchClients() {
-  const bool listens = !acceptNotBefore_;
-  if (listens != listenerWatched_ &&
-      watch(listens ? EPOLL_CTL_ADD : EPOLL_CTL_DEL, listener_.get(), POLLIN, listenerKey)) {
-    listenerWatched_ = listens;
-  }
-  for (Client& client : clients_) {
-    const short wanted = client.connection->events();
-    const int descriptor = client.connection->descriptor();
-    if (wanted != client.watched && watch(EPOLL_CTL_MOD, descriptor, wanted, static_cast<std::uint64_t>(descriptor))) {
-      client.watched = wanted;
-    }
-  }
-}
-
-bool BackendServer::watch(int operation, int descriptor, short events, std::uint64_t key) {
-  epoll_event event{};
-  event.events = static_cast<std::uint32_t>(events);
-  event.data.u64 = key;
-  return ::epoll_ctl(epoll_.get(), operation, descriptor, &event) == 0;
-}
-
-// Milliseconds to wait, rounded up: -1 when only bytes can bring something to do.
+// Milliseconds for poll(), rounded up: -1 when only bytes can bring something to do.
 int BackendServer::timeoutOf(Clock::time_point now) {
   std::optional<Clock::time_point> next = acceptNotBefore_;
-  for (const Client& client : clients_) {
-    if (client.connection->hasWork()) {
+  for (const auto& client : clients_) {
+    if (client->hasWork()) {
       return 0;
     }
-    const std::optional<Clock::time_point> deadline = client.connection->deadline();
+    const std::optional<Clock::time_point> deadline = client->deadline();
     next = deadline && (!next || *deadline < *next) ? deadline : next;
   }
   if (!next) {
@@ -195,7 +156,7 @@ void BackendServer::welcome(FileDescriptor socket) {
   }
   auto client = std::make_unique<ClientConnection>(std::move(socket), limits_);
   const auto talking =
-      std::count_if(clients_.begin(), clients_.end(), [](const Client& c) { return !c.connection->isTurnedAway(); });
+      std::count_if(clients_.begin(), clients_.end(), [](const auto& c) { return !c->isTurnedAway(); });
   if (static_cast<std::size_t>(talking) >= limits_.mostClients) {
     if (!full_) {
       qCWarning(logBackend).noquote() << "too many clients:" << client->name() << "was turned away";
@@ -207,17 +168,12 @@ void BackendServer::welcome(FileDescriptor socket) {
     full_ = false;
     qCInfo(logBackend).noquote() << client->name() << "came";
   }
-  const short wanted = client->events();
-  const int descriptor = client->descriptor();
-  if (watch(EPOLL_CTL_ADD, descriptor, wanted, static_cast<std::uint64_t>(descriptor))) {
-    clients_.push_back({std::move(client), wanted, 0});
-  }  // else the system has no room to watch it: closed
+  clients_.push_back(std::move(client));
 }
 
 void BackendServer::removeGone() {
   bool hadOutputs = false;
-  const auto isGone = [&](const Client& entry) {
-    const ClientConnection* const client = entry.connection.get();
+  const auto isGone = [&](const std::unique_ptr<ClientConnection>& client) {
     if (!client->isGone()) {
       return false;
     }
@@ -236,8 +192,8 @@ void BackendServer::removeGone() {
 
 void BackendServer::publishOutputs() {
   std::vector<Destination> destinations;
-  for (const Client& client : clients_) {
-    client.connection->appendDestinations(destinations);
+  for (const auto& client : clients_) {
+    client->appendDestinations(destinations);
   }
   wantedKinds_ = 0;
   for (const Destination& destination : destinations) {

@@ -4,11 +4,9 @@
 
 #include <QString>
 
-#include <sys/epoll.h>
+#include <poll.h>
 
-#include <array>
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -28,7 +26,7 @@ namespace korvex2 {
 /// change is answered it is on disk, and the live lines follow it. A second thread sends the frames.
 ///
 /// It uses the system's sockets as they are, because the time of a small query is the time of its round trip: one
-/// wait, one recv(), one send().
+/// poll(), one recv(), one send().
 class BackendServer {
  public:
   /// `database` must outlive the server and be used by nobody else while run() runs.
@@ -52,16 +50,7 @@ class BackendServer {
  private:
   using Clock = ClientConnection::Clock;
 
-  /// A client, and what the system watches of its socket and has seen there.
-  struct Client {
-    std::unique_ptr<ClientConnection> connection;
-    short watched = 0;  // as in poll()
-    short events = 0;
-  };
-
-  bool waitForEvents();
-  void watchClients();
-  bool watch(int operation, int descriptor, short events, std::uint64_t key);
+  int waitForEvents();
   int timeoutOf(Clock::time_point now);
   void acceptClients(Clock::time_point now);
   void welcome(FileDescriptor socket);
@@ -76,12 +65,8 @@ class BackendServer {
   FileDescriptor listener_;
   FileDescriptor stopReader_;
   FileDescriptor stopWriter_;
-  FileDescriptor epoll_;
-  std::vector<Client> clients_;
-  std::array<epoll_event, 128> seen_{};
-  bool stopSeen_ = false;
-  bool listenerSeen_ = false;
-  bool listenerWatched_ = false;
+  std::vector<std::unique_ptr<ClientConnection>> clients_;
+  std::vector<pollfd> polled_;                        // stop, listener, then the clients in their order
   std::size_t firstTurn_ = 0;                         // who is served first, in turn
   bool full_ = false;                                 // told that there are too many clients
   std::optional<Clock::time_point> acceptNotBefore_;  // while the system has no descriptor left
