@@ -9,6 +9,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
@@ -28,9 +29,11 @@ using Clock = std::chrono::steady_clock;
 const char* const plainPartner = "--plain-partner";
 const char* const qtPartner = "--qt-partner";
 
-void setNoDelay(int descriptor) {
+void setUp(int descriptor) {
   const int on = 1;
   ::setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+  const timeval limit{30, 0};  // a partner that hangs ends the benchmark
+  ::setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
 }
 
 QByteArray lineOf(int length) { return QByteArray(length, 'x') + '\n'; }
@@ -74,7 +77,7 @@ int playPlainPartner() {
   std::printf("listening:%d\n", static_cast<int>(ntohs(address.sin_port)));
   std::fflush(stdout);
   const int client = ::accept(listener, nullptr, nullptr);
-  setNoDelay(client);
+  setUp(client);
   static std::array<char, 65536> buffer;
   if (!receiveLine(client, buffer)) {
     return EXIT_FAILURE;
@@ -159,7 +162,7 @@ void PingPong::connectPlain(quint16 port) {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   address.sin_port = htons(port);
   if (::connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
-    setNoDelay(descriptor_);
+    setUp(descriptor_);
   }
 }
 
