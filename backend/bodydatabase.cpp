@@ -32,6 +32,7 @@ bool operator==(const BackendSettings& a, const BackendSettings& b) {
 BodyDatabase::BodyDatabase(const QString& folder) : folder_(folder) {
   takeLock();
   read();
+  tidyUp();
 }
 
 BodyDatabase::~BodyDatabase() = default;

@@ -14,6 +14,7 @@
 #include "body.h"
 #include "outcome.h"
 
+class QFileInfo;
 class QLockFile;
 
 namespace korvex2 {
@@ -60,6 +61,9 @@ struct BodyType {
 /// that is refused changes nothing. Files are replaced whole (QSaveFile). A body's geometry goes into a new file each
 /// time, and becomes valid when the catalogue that names it replaces the old one; so there is no moment in which a
 /// reader finds half of a change. Shipped files that several bodies share are never written to.
+///
+/// A program that is killed in the middle of a change leaves a geometry that no catalogue names, or a temporary file.
+/// The next one that opens the folder removes them, unless it met any problem, or the file might be somebody's.
 ///
 /// One program at a time may change a folder (a lock file tells); another one reads only. Not thread-safe: belongs to
 /// the thread that created it.
@@ -116,7 +120,8 @@ class BodyDatabase {
   /// New markers lie at (0, 0, 0) without emission; surplus ones go from the end, with their lines.
   Outcome setNumberOfMarkers(const BodyKey& key, int count);
   /// The body was measured anew: markers, lines and free text become these (3 to 99 markers), nothing is known of
-  /// emissions, Body::transform begins again at the identity, and the body counts as calibrated.
+  /// emissions, Body::transform begins again at the identity, and the body counts as calibrated. Unless these are
+  /// exactly the markers that the body has: then only lines and free text are taken.
   Outcome setGeometry(const BodyKey& key, const BodyGeometry& geometry);
   Outcome setMarkerPosition(const BodyKey& key, int marker, const Vector3& position);
   Outcome setMarkerEmission(const BodyKey& key, int marker, const MarkerEmission& emission);
@@ -135,6 +140,10 @@ class BodyDatabase {
   void readGeometry(Body& body, const std::vector<MarkerEmission>& emissions, int catalogueLine);
   QString cataloguePath() const;
   QString bodyPath(const QString& file) const;
+
+  // Tidying (bodydatabase_tidying.cpp).
+  void tidyUp();
+  bool isLeftOver(const QFileInfo& file) const;
 
   // Writing (bodydatabase_changes.cpp).
   Outcome changeBody(const BodyKey& key, const Edit& edit);

@@ -11,6 +11,7 @@
 
 #include "bodyfileformat.h"
 #include "catalogue.h"
+#include "ownfiles.h"
 #include "wholefile.h"
 
 namespace korvex2 {
@@ -65,23 +66,6 @@ Outcome written(const QString& problem) {
   return Outcome::failed(ErrorNumber::NotSaved, QStringLiteral("the change was not saved: %1").arg(problem));
 }
 
-// Names that the database gives to files of its own: standard_b01-7.body.
-QString ownFilePrefix(const BodyKey& key) {
-  return QStringLiteral("%1_b%2-").arg(QString::fromLatin1(key.type)).arg(key.number, 2, 10, QLatin1Char('0'));
-}
-
-// The running number in a file name that the database gave, 0 for any other file.
-int generationOf(const BodyKey& key, const QString& file) {
-  const QString prefix = ownFilePrefix(key);
-  static const QString suffix = QStringLiteral(".body");
-  if (!file.startsWith(prefix) || !file.endsWith(suffix)) {
-    return 0;
-  }
-  bool isNumber = false;
-  const int number = file.mid(prefix.size(), file.size() - prefix.size() - suffix.size()).toInt(&isNumber);
-  return isNumber && number > 0 && number < 1000000000 ? number : 0;
-}
-
 }  // namespace
 
 bool BodyDatabase::isFileNamed(const QString& file) const {
@@ -99,7 +83,7 @@ QString BodyDatabase::newFileName(const BodyKey& key, const QString& current) co
   int generation = generationOf(key, current);
   QString name;
   do {
-    name = QStringLiteral("%1%2.body").arg(ownFilePrefix(key)).arg(++generation);
+    name = ownFileName(key, ++generation);
   } while (isFileNamed(name) || QFileInfo::exists(bodyPath(name)));
   return name;
 }
@@ -245,15 +229,18 @@ Outcome BodyDatabase::setGeometry(const BodyKey& key, const BodyGeometry& geomet
     return badValue(stored.problem);
   }
   return changeBody(key, [&stored](Body& body) {
-    body.markers.clear();
-    for (const Vector3& position : stored.geometry.positions) {
-      body.markers.push_back({position, MarkerEmission()});
+    // A body's own file that comes back measures nothing anew: the body must not move in the room by it.
+    if (geometryOf(body).positions != stored.geometry.positions) {
+      body.markers.clear();
+      for (const Vector3& position : stored.geometry.positions) {
+        body.markers.push_back({position, MarkerEmission()});
+      }
+      body.transform = RigidTransform();
+      body.calibrated = true;
     }
     body.lines = stored.geometry.lines;
     body.text = stored.geometry.text;
     body.rest = stored.geometry.rest;
-    body.transform = RigidTransform();
-    body.calibrated = true;
     return Outcome::done();
   });
 }
