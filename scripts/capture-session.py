@@ -15,6 +15,7 @@ import socket
 import subprocess
 import sys
 import tempfile
+import time
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 SHOWN_PORT = "50123"
@@ -30,6 +31,7 @@ class Backend:
              "--trajectory", str(SOURCE / "data/trajectories/handheld_xyz.tum")],
             stdout=subprocess.PIPE, text=True)
         port = int(self.process.stdout.readline().rpartition(":")[2])
+        time.sleep(0.5)  # few clients come so early that they see the first frames
         self.socket = socket.create_connection(("127.0.0.1", port), timeout=10)
         self.answers = self.socket.makefile("r", encoding="utf-8", newline="\n")
         self.datagrams = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)

@@ -1,6 +1,9 @@
 // Body files inside command lines: out of the database and into it.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <vector>
+
 #include "bodyfileformat.h"
 #include "commalocale.h"
 #include "databasecopy.h"
@@ -60,13 +63,67 @@ TEST_F(BodyFileCommands, SetTakesMarkersLinesAndTextAndTheBodyBeginsAnew) {
   check();
 }
 
-TEST_F(BodyFileCommands, WhatWasGotCanBeSetAndChangesNothingButTheHistory) {
-  ask("korvex2 body transform standard b02 0.1 0.7 0.3333 0.6 0.8 0 -0.8 0.6 0 0 0 1");
-  const QByteArray file = fileOf("standard b02");
-  const std::string state = ask("korvex2 get body state standard b02");
-  EXPECT_EQ(setFile("standard b02", file), "korvex2 ok");
-  EXPECT_EQ(fileOf("standard b02").toStdString(), file.toStdString());
-  EXPECT_EQ(ask("korvex2 get body state standard b02"), state);
+TEST_F(BodyFileCommands, WhatWasGotCanBeSetAndChangesNothing) {
+  ASSERT_EQ(ask("korvex2 body transform standard b02 0.1 0.7 0.3333 0.6 0.8 0 -0.8 0.6 0 0 0 1"), "korvex2 ok");
+  ASSERT_EQ(ask("korvex2 body transform standard b07 0.1 0.7 0.3333 0.6 0.8 0 -0.8 0.6 0 0 0 1"), "korvex2 ok");
+  ASSERT_NE(database->find({"standard", 7})->transform, korvex2::RigidTransform());
+  ASSERT_FALSE(database->find({"standard", 6})->calibrated);
+  const std::string before = dump();
+  const auto files = korvex2_test::allFiles(folder());
+  for (const char* key : {"standard b02", "standard b06", "standard b07", "wandgrip b01"}) {  // b07 has emissions
+    const QByteArray file = fileOf(key);
+    EXPECT_EQ(setFile(key, file), "korvex2 ok") << key;
+    EXPECT_EQ(fileOf(key).toStdString(), file.toStdString());
+  }
+  EXPECT_EQ(dump(), before);
+  EXPECT_EQ(korvex2_test::allFiles(folder()), files) << "transform and calibration among them";
+  open();
+  EXPECT_EQ(dump(), before);
+}
+
+TEST_F(BodyFileCommands, OfTheSameMarkersOnlyLinesAndTextAreTaken) {
+  ASSERT_EQ(ask("korvex2 body transform standard b07 1 2 3 0 1 0 -1 0 0 0 0 1"), "korvex2 ok");
+  ASSERT_EQ(ask("korvex2 set body calibrated standard b07 no"), "korvex2 ok");
+  const std::string before = dump();
+  const std::string state = ask("korvex2 get body state standard b07");
+  const korvex2::RigidTransform transform = database->find({"standard", 7})->transform;
+  QByteArray file = fileOf("standard b07");
+  file.truncate(file.indexOf("# Lines"));
+  file += "By somebody else\n# Lines\n1\n4 0\nand more\n";
+  ASSERT_EQ(setFile("standard b07", file), "korvex2 ok");
+  const auto check = [&] {
+    EXPECT_EQ(dump(), before);
+    EXPECT_EQ(ask("korvex2 get body state standard b07"), state) << "lines and text are no part of it";
+    EXPECT_EQ(database->find({"standard", 7})->transform, transform);
+    EXPECT_EQ(database->find({"standard", 7})->lines, (std::vector<korvex2::BodyLine>{{4, 0}}));
+    EXPECT_EQ(fileOf("standard b07").toStdString(), file.toStdString());
+  };
+  check();
+  open();
+  EXPECT_EQ(problems(), "");
+  check();
+}
+
+TEST_F(BodyFileCommands, OtherCoordinatesAnotherOrderOrAnotherNumberAreAMeasurement) {
+  const auto lastDigit = [](QList<QByteArray>& rows) { rows[5] += "1"; };
+  const auto order = [](QList<QByteArray>& rows) { rows.swapItemsAt(1, 5); };
+  const auto number = [](QList<QByteArray>& rows) {
+    rows[0] = "4";
+    rows.removeAt(5);
+  };
+  for (const std::function<void(QList<QByteArray>&)>& change :
+       std::vector<std::function<void(QList<QByteArray>&)>>{lastDigit, order, number}) {
+    copyAgain();
+    ASSERT_EQ(ask("korvex2 body transform standard b07 1 2 3 1 0 0 0 1 0 0 0 1"), "korvex2 ok");
+    ASSERT_EQ(ask("korvex2 set body calibrated standard b07 no"), "korvex2 ok");
+    QList<QByteArray> rows = fileOf("standard b07").split('\n');
+    change(rows);
+    ASSERT_EQ(setFile("standard b07", rows.join('\n')), "korvex2 ok");
+    EXPECT_EQ(database->find({"standard", 7})->transform, korvex2::RigidTransform());
+    EXPECT_EQ(ask("korvex2 get body marker_emission standard b07 m01"),
+              "korvex2 set body marker_emission standard b07 m01 0 0 0 0");
+    EXPECT_EQ(ask("korvex2 get body calibrated standard b07"), "korvex2 set body calibrated standard b07 yes");
+  }
 }
 
 TEST_F(BodyFileCommands, WhatIsNoBodyFileIsRefusedWithTheReadersMessage) {
@@ -104,6 +161,17 @@ TEST_F(BodyFileCommands, TheReadersMessageIsItsOwn) {
             "korvex2 err 4 \"line " + std::to_string(content.line) + ": " + content.problem.toStdString() + '"');
 }
 
+TEST_F(BodyFileCommands, ALenientlyWrittenFileIsReadBackWithItsTextAndWithNumbersWrittenAnew) {
+  const QByteArray anyBytes("\xff\x00\x01", 3);
+  ASSERT_EQ(
+      setFile("standard b01", " 3 1.50 2e1\t+3\r\n0 0 0 1 1 1 mine " + anyBytes + "\r\n# Lines\r\n1 0\r\n2 theirs"),
+      "korvex2 ok");
+  EXPECT_EQ(fileOf("standard b01"), "3\n1.5 20 3\n0 0 0\n1 1 1 mine " + anyBytes + "\r\n# Lines\r\n1\n0 2 theirs");
+  ASSERT_EQ(setFile("standard b01", "3 0 0 0 1 0 0 0 1 0\njust text"), "korvex2 ok");
+  EXPECT_TRUE(database->find({"standard", 1})->lines.empty());
+  EXPECT_EQ(fileOf("standard b01").toStdString(), "3\n0 0 0\n1 0 0\n0 1 0\njust text\n# Lines\n0\n");
+}
+
 TEST_F(BodyFileCommands, WhatIsNoBase64IsRefused) {
   for (const std::string bad : {"%%%%", "NAo", "NA==x", "N?==", "NA=", "\"NAo=\""}) {
     const std::string answer = ask("korvex2 set body file standard b01 " + bad);
@@ -117,6 +185,7 @@ TEST_F(BodyFileCommands, ALockedConfigurationGivesFilesAndTakesNone) {
   ask("korvex2 set config is_changeable no");
   EXPECT_FALSE(fileOf("standard b01").isEmpty());
   EXPECT_EQ(setFile("standard b01", four), "korvex2 err 7 \"the configuration is locked\"");
+  EXPECT_EQ(setFile("standard b01", fileOf("standard b01")), "korvex2 err 7 \"the configuration is locked\"");
 }
 
 TEST_F(BodyFileCommands, ABodyWithoutMarkersHasNoFile) {

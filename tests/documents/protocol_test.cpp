@@ -15,6 +15,7 @@
 #include "livesource.h"
 #include "markdown.h"
 #include "serverlimits.h"
+#include "trajectory.h"
 
 namespace {
 
@@ -149,11 +150,20 @@ TEST(ProtocolDocument, NamesTheLimitsAsTheyAre) {
   says(QStringLiteral("| %1 KiB |").arg(limits.mostWaitingBytes / 1024));
   says(QStringLiteral("| %1 s | it is dropped").arg(limits.stuckAfter.count() / 1000));
   says(QStringLiteral("| output channels of a client | %1 |").arg(ClientState::mostChannels));
-  says(QStringLiteral("| expectations of a client | %1 |").arg(ClientState::mostExpectations));
-  EXPECT_EQ(BodyDatabase::highestBodyNumber, BodyDatabase::mostMarkers);
-  says(QStringLiteral("| bodies of a type, markers of a body | %1 |").arg(BodyDatabase::mostMarkers));
+  EXPECT_GE(ClientState::mostExpectations, 2 * BodyDatabase::highestBodyNumber) << "one for every body";
+  says(QStringLiteral("| markers of a body | %1 to %2 |")
+           .arg(BodyDatabase::fewestMarkers)
+           .arg(BodyDatabase::mostMarkers));
+  says(QStringLiteral("there are %1 clients already").arg(limits.mostClients));
+  says(QStringLiteral("More than %1 of these").arg(limits.mostFarewells));
+  EXPECT_EQ(BodyDatabase::largestCoordinate, 1e9);
+  EXPECT_EQ(BodyDatabase::rotationTolerance, 1e-5);
+  says(QStringLiteral("a gap of more than %1 s").arg(Trajectory::longestGap));
   says(QStringLiteral("at most %1 bytes").arg(english.toString(DatagramSender::longestDatagram)));
   says(QStringLiteral("at most %1 characters long").arg(english.toString(LiveLines::longestLine)));
   says(QStringLiteral("%1 a second").arg(LiveSource::defaultRate));
-  says(QStringLiteral("(%1 to %2)").arg(LiveSource::lowestRate).arg(LiveSource::highestRate));
+  says(QStringLiteral("a second (%1 to %2) | %3 |")
+           .arg(LiveSource::lowestRate)
+           .arg(LiveSource::highestRate)
+           .arg(LiveSource::defaultRate));
 }

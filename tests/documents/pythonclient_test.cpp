@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QTcpSocket>
 
 #include <string>
@@ -45,6 +46,19 @@ class PythonClient : public testing::Test {
 TEST_F(PythonClient, FollowsABodyAndStopsTheMeasurementThatItStarted) {
   EXPECT_THAT(printed("2", 0), testing::MatchesRegex("\"Table\"\n([0-9]+ -400.0000 1200.0000 735.0000\n){5}"));
   EXPECT_EQ(answer("korvex2 get status active"), "korvex2 set status active idle");
+}
+
+TEST_F(PythonClient, PrintsWhatTheDocumentShowsWithOtherFrameNumbers) {
+  std::string shown;
+  for (const MarkdownBlock& block : markdownBlocks(QStringLiteral(SOURCE_FOLDER "/docs/backend-protocol.md"))) {
+    shown = block.mark == "follow.py prints, with other frame numbers" ? block.text.toStdString() : shown;
+  }
+  const auto withoutFrameNumbers = [](const std::string& text) {
+    return QString::fromStdString(text)
+        .replace(QRegularExpression("^[0-9]+ ", QRegularExpression::MultilineOption), "N ")
+        .toStdString();
+  };
+  EXPECT_EQ(withoutFrameNumbers(printed("2", 0)), withoutFrameNumbers(shown));
 }
 
 TEST_F(PythonClient, LeavesAMeasurementAloneThatRanBeforeAndCountsBehindTheHead) {

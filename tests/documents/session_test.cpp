@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QHostAddress>
+#include <QRegularExpression>
 #include <QTcpSocket>
 #include <QUdpSocket>
 
@@ -128,6 +129,29 @@ TEST(ProtocolSessions, AreAnsweredAsTheDocumentShows) {
   }
   EXPECT_GE(commands, 90);
   EXPECT_EQ(datagrams, 1);
+}
+
+TEST(ProtocolOptions, AreThoseOfTheProgram) {
+  QProcess program;
+  program.start(BACKEND_PROGRAM, {"--help"});
+  ASSERT_TRUE(program.waitForFinished(10000));
+  const QString help = QString::fromUtf8(program.readAllStandardOutput());
+  const QString text = QString::fromUtf8(wholeFile(document));
+  const auto optionsIn = [](const QString& lines, const QString& pattern) {
+    QStringList options;
+    const QRegularExpression expression(pattern, QRegularExpression::MultilineOption);
+    for (auto match = expression.globalMatch(lines); match.hasNext();) {
+      options += match.next().captured(1);
+    }
+    options.removeAll("help-all");  // the toolkit's own, the same as --help here
+    options.sort();
+    return options;
+  };
+  const QString section = text.section("\n## ", 1, 1);
+  EXPECT_EQ(section.section('\n', 0, 0), "Starting and ending");
+  const QStringList documented = optionsIn(section, "[|,] `--([a-z-]+)`");
+  EXPECT_EQ(documented, QStringList({"database", "help", "listen", "rate", "trajectory", "version"}));
+  EXPECT_EQ(documented, optionsIn(help, "^ .*--([a-z-]+)"));
 }
 
 TEST(ProtocolClients, TheOneForTheShellRunsAsPrintedAndPrintsWhatIsShown) {

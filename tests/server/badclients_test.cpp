@@ -87,6 +87,9 @@ TEST_F(BadClients, ALineThatIsTooLongWithItsEndIsNoBetter) {
   TcpClient client = connect();
   ASSERT_TRUE(client.send("korvex2 get version" + std::string(131072, ' ') + "\nkorvex2 get version\n"));
   EXPECT_EQ(client.rest(), tooLong) << "and what follows is not answered";
+  TcpClient other = connect();
+  ASSERT_TRUE(other.send(std::string(131073, 'x') + '\0'));
+  EXPECT_EQ(other.rest(), tooLong) << "a line, whatever the other's end";
 }
 
 TEST_F(BadClients, WhoSendsOnAndOnCanStillReadWhyItIsClosed) {

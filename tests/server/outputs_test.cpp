@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 
+#include "livelinereader.h"
 #include "runningserver.h"
 #include "udpreceiver.h"
 
@@ -12,6 +13,8 @@ namespace {
 using korvex2_test::frameOf;
 using korvex2_test::holdsInTime;
 using korvex2_test::kindsIn;
+using korvex2_test::LineReader;
+using korvex2_test::LineRecord;
 using korvex2_test::linesOf;
 using korvex2_test::TcpClient;
 using korvex2_test::UdpReceiver;
@@ -32,6 +35,18 @@ class ServerOutputs : public korvex2_test::RunningServer {
   /// Whether a datagram with exactly these kinds comes soon; others may come before.
   static bool comes(UdpReceiver& receiver, const std::string& kinds) {
     return holdsInTime([&] { return kindsIn(receiver.datagram(1000ms)) == kinds; });
+  }
+  /// The record of the table, b02, which stands still, in the next frame in which it is in sight.
+  static LineRecord table(UdpReceiver& receiver) {
+    for (int i = 0; i < 100; ++i) {
+      const auto lines = linesOf(receiver.datagram());
+      const auto line = LineReader::read(QByteArray::fromStdString(lines.size() < 3 ? "" : lines[2]));
+      if (line && line->find(1) != nullptr && line->at(1).quality > 0.0) {
+        return line->at(1);
+      }
+    }
+    ADD_FAILURE() << "the table is not in sight";
+    return LineRecord();
   }
   /// A frame that was on its way may still come; after that nothing.
   static bool isSilentSoon(UdpReceiver& receiver) {
@@ -263,6 +278,103 @@ TEST_F(ServerOutputs, TheLinesFollowAChangeAtOnce) {
   const auto lines = linesOf(receiver.datagram());
   ASSERT_EQ(lines.size(), 3U);
   EXPECT_NE(lines[2].find("[1 -1] [0.0000 0.0000 0.0000]"), std::string::npos) << lines[2];
+}
+
+TEST_F(ServerOutputs, WhatIsSentAfterAnAnswerShowsTheChange) {
+  TcpClient client = connect();
+  UdpReceiver receiver;
+  follow(client, receiver);
+  tell(client, "tracking start");
+  const LineRecord before = table(receiver);
+  ASSERT_NE(before.rotation[8], 0.0);
+  for (int i = 1; i <= 200; ++i) {
+    // The origin moves by 100 mm along the body's z and back: the pose by 100 times the rotation's third column.
+    const int there = i % 2;
+    tell(client,
+         std::string("body transform standard b02 0 0 ") + (there == 1 ? "-100" : "100") + " 1 0 0 0 1 0 0 0 1");
+    receiver.drain();  // what was sent before the answer has come before it here
+    const LineRecord after = table(receiver);
+    for (std::size_t row = 0; row < 3; ++row) {
+      ASSERT_NEAR(after.position[row], before.position[row] + there * 100.0 * before.rotation[6 + row], 1e-3) << i;
+    }
+  }
+}
+
+TEST_F(ServerOutputs, NothingIsSentAfterTheAnswerThatEndsIt) {
+  TcpClient client = connect();
+  UdpReceiver receiver;
+  follow(client, receiver);
+  for (int i = 0; i < 20; ++i) {
+    tell(client, "tracking start");
+    ASSERT_NE(receiver.datagram(), "(none)");
+    tell(client, "tracking stop");
+    receiver.drain();
+    ASSERT_EQ(receiver.datagram(3ms), "(none)");
+  }
+  tell(client, "tracking start");
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_NE(receiver.datagram(), "(none)");
+    tell(client, "set output net chmon none");
+    receiver.drain();
+    ASSERT_EQ(receiver.datagram(3ms), "(none)");
+    follow(client, receiver);
+  }
+}
+
+TEST_F(ServerOutputs, ABodyFileThatComesBackLeavesThePoseAndOtherMarkersStartItAnew) {
+  TcpClient client = connect();
+  UdpReceiver receiver;
+  follow(client, receiver);
+  tell(client, "tracking start");
+  const LineRecord measured = table(receiver);
+  tell(client, "body transform standard b02 10 20 30 0 1 0 -1 0 0 0 0 1");
+  receiver.drain();
+  const LineRecord before = table(receiver);
+  ASSERT_NE(before.position, measured.position);
+  const std::string head = "korvex2 set body file standard b02 ";
+  const std::string answer = client.ask("korvex2 get body file standard b02");
+  ASSERT_EQ(answer.substr(0, head.size()), head);
+  EXPECT_EQ(client.ask(answer), "korvex2 ok");
+  receiver.drain();
+  LineRecord after = table(receiver);
+  EXPECT_EQ(after.position, before.position);
+  EXPECT_EQ(after.rotation, before.rotation);
+
+  QByteArray bytes = QByteArray::fromBase64(QByteArray::fromStdString(answer.substr(head.size())));
+  bytes.replace(bytes.indexOf('\n') + 1, 1, "7");
+  tell(client, "set body file standard b02 " + bytes.toBase64().toStdString());
+  receiver.drain();
+  after = table(receiver);
+  EXPECT_EQ(after.position, measured.position);
+  EXPECT_EQ(after.rotation, measured.rotation);
+}
+
+TEST_F(ServerOutputs, SettingDeletingAndCountingMarkersLeavesThePoseAndSoDoesARestart) {
+  TcpClient client = connect();
+  UdpReceiver receiver;
+  follow(client, receiver);
+  tell(client, "tracking start");
+  tell(client, "body transform standard b02 10 20 30 0 1 0 -1 0 0 0 0 1");
+  receiver.drain();
+  const LineRecord before = table(receiver);
+  for (const char* change :
+       {"set body marker standard b02 m01 1 2 3", "body delete_marker standard b02 m02",
+        "set body number_of_marker standard b02 6", "set body marker_emission standard b02 m01 0 0 2 400"}) {
+    tell(client, change);
+    receiver.drain();
+    const LineRecord after = table(receiver);
+    EXPECT_EQ(after.position, before.position) << change;
+    EXPECT_EQ(after.rotation, before.rotation) << change;
+  }
+  reopen();
+  start();
+  TcpClient again = connect();
+  EXPECT_EQ(again.ask("korvex2 get status active"), "korvex2 set status active idle");
+  follow(again, receiver);
+  tell(again, "tracking start");
+  const LineRecord after = table(receiver);
+  EXPECT_EQ(after.position, before.position);
+  EXPECT_EQ(after.rotation, before.rotation);
 }
 
 TEST_F(ServerOutputs, TheMeasurementGoesOnWithTheClientsThatStay) {
