@@ -1,5 +1,6 @@
 # What find_package(Korvex2) finds: once for the installation, once for the build tree.
 include(CMakePackageConfigHelpers)
+include(Korvex2Documents)
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Korvex2")
 set(build_package_folder "${PROJECT_BINARY_DIR}/package")

@@ -17,7 +17,7 @@ struct _GuiElement {
   std::int32_t placement_in_menu = 0;  // field 1: the host orders the entries of one menu by it, ascending
   QString menu_title;                  // field 2: translated title of the menu, with its mnemonic
   std::int32_t placement_of_menu = 0;  // field 3: the host orders its menus by it, ascending
-  QWidget* widget = nullptr;           // field 4: the dialog behind the action, may be null
+  QWidget* widget = nullptr;           // field 4: the window behind the action, or null while there is none
   std::int32_t reserved = 0;           // field 5: 0
 };
 

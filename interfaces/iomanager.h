@@ -17,11 +17,12 @@ class Requester;
 ///
 /// Text-carrying operations take a printf-style format and its values; the channel formats the text with the decimal
 /// point in every locale and adds what the backend protocol needs. They return 0 on success and another value when
-/// the backend could not be reached, answered an error or answered something that does not parse; the answer is then
-/// left alone or partly written. Answer buffers belong to the caller and hold at least 200 characters; the channel
+/// the backend could not be reached, answered an error or answered something that does not parse; what the answer
+/// holds then is not to be relied on. Answer buffers belong to the caller and hold at least 200 characters; the channel
 /// writes at most 200 with the terminating zero.
 ///
-/// All operations are called on the GUI thread.
+/// All operations are called on the GUI thread, but for register_requester and unregister_requester, which may be
+/// called on any thread.
 ///
 /// Binary contract: 20 virtual slots in this order, no data, no virtual destructor. Unused slots are kept as named
 /// placeholders so that the slots in use stay at their numbers. Never reorder.
@@ -45,7 +46,8 @@ class IOManager {
   virtual int reserved_slot_11() { return -1; }  // slot 11
   /// Slot 12. Changes a setting.
   virtual int set_value(const char* format, ...) KORVEX2_PRINTF(2, 3) = 0;
-  /// Slot 13. Subscribes to the live lines of one record kind ("6d", "6dw", "6dw2"). The requester stays the caller's.
+  /// Slot 13. Subscribes to the live lines of one record kind ("fr", "ts", "6d", "6dw", "6dw2"). The requester stays
+  /// the caller's.
   virtual int register_requester(const char* tag, Requester* requester) = 0;
   /// Slot 14. Ends a subscription; no call to the requester for this tag is in flight when it returns.
   virtual int unregister_requester(const char* tag, Requester* requester) = 0;

@@ -10,7 +10,7 @@
 #include "guielement.h"
 
 /// A module of the host front end. The plug-in's root object derives from QObject first and ModuleInterface second
-/// and names both in Q_INTERFACES, so that it answers casts by class name and by identifier.
+/// and names ModuleInterface in Q_INTERFACES, so that the host can cast it by the identifier.
 ///
 /// Order of calls: set_param (any number of times), get_gui_elements, then events; about_to_exit_module and
 /// exit_module at the host's end. All on the GUI thread.

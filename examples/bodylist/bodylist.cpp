@@ -26,26 +26,18 @@ class BodyListModule : public QObject, public ModuleInterface, public Requester,
     if (channel_ != nullptr && entry_.action == nullptr) {
       entry_ = {new QAction(tr("Body &list"), this), 690, tr("&Calibration"), 300, nullptr, 0};
       connect(entry_.action, &QAction::triggered, this, &BodyListModule::open);
-      channel_->register_message_receiver("BodyList", this);
     }
     return entry_.action != nullptr ? QList<_GuiElement*>{&entry_} : QList<_GuiElement*>();
   }
-  void about_to_exit_module() override {
-    delete list_;
-    if (channel_ != nullptr) {  // without a channel there was no entry either
-      channel_->unregister_message_receiver("BodyList", this);
-    }
-  }
+  void about_to_exit_module() override { delete list_; }  // ends the subscription, too
   void exit_module() override {}
-  // Requester, called on the host's delivery thread: nothing here touches a widget, waits or throws.
-  int set_ascii_data(const char*, const char* line) override {
+  int set_ascii_data(const char*, const char* line) override {  // not on the GUI thread: no widgets, no waiting
     std::atomic_store(&line_, std::make_shared<const QByteArray>(line));
     return 0;
   }
   void set_mea_started() override {}
   void set_mea_stopped() override { set_ascii_data("6d", ""); }
-  // MessageReceiver, called on the GUI thread: the adjustment says "reopen" when its dialog was closed.
-  int transmit_message(int, const char*, const char* text) override {
+  int transmit_message(int, const char*, const char* text) override {  // "reopen": the adjustment was closed
     if (qstrcmp(text, "reopen") == 0) {
       open();
     }
@@ -85,21 +77,24 @@ class BodyListModule : public QObject, public ModuleInterface, public Requester,
   }
   void showQualities() {
     const QList<QByteArray> blocks = std::atomic_load(&line_)->split('[');
-    QMap<QByteArray, QByteArray> qualities;
+    QMap<QByteArray, QString> qualities;
     for (int i = 1; i < blocks.size(); i += 3) {  // "ID QUALITY] ", then position and rotation
       const QList<QByteArray> numbers = blocks[i].left(blocks[i].indexOf(']')).split(' ');
-      qualities[numbers[0]] = numbers.value(1);
+      qualities[numbers[0]] = numbers.value(1) == "-1" ? tr("not tracked") : numbers.value(1);
     }
     for (int row = 0; row < list_->topLevelItemCount(); ++row) {
-      const QByteArray quality = qualities.value(QByteArray::number(row), "-1");  // none is not tracked, as -1 is
-      list_->topLevelItem(row)->setText(2, quality == "-1" ? tr("not tracked") : QString::fromLatin1(quality));
+      list_->topLevelItem(row)->setText(2, qualities.value(QByteArray::number(row), tr("not tracked")));
     }
     QTimer::singleShot(100, list_, [this] { showQualities(); });
   }
   void adjust() {
-    const QByteArray number = QByteArray::number(list_->currentIndex().row() + 1);
-    delete list_;  // the dialog opens inside the next call, and measures by itself
-    channel_->send_message("BodyAdjustmentModule", "BodyList", 1, "OpenBodyAdjustmentDialog standard|" + number);
+    if (list_ != nullptr) {  // two presses of Return are two calls, but one list
+      const QByteArray number = QByteArray::number(list_->currentIndex().row() + 1);
+      delete list_;  // the dialog opens inside send_message, and measures by itself
+      channel_->register_message_receiver("BodyList", this);
+      channel_->send_message("BodyAdjustmentModule", "BodyList", 1, "OpenBodyAdjustmentDialog standard|" + number);
+      channel_->unregister_message_receiver("BodyList", this);
+    }
   }
   IOManager* channel_ = nullptr;
   QWidget* parent_ = nullptr;

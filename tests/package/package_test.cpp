@@ -6,6 +6,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <string>
@@ -36,6 +37,21 @@ const char* const installedFiles[] = {
     LIBRARY_FOLDER "/cmake/Korvex2/Korvex2Module.cmake",
     LIBRARY_FOLDER "/cmake/Korvex2/Korvex2Targets.cmake",
     LIBRARY_FOLDER "/korvex2/modules/libbodyadjustment.so",
+    "share/doc/korvex2/backend-protocol.md",
+    "share/doc/korvex2/examples/bodylist/CMakeLists.txt",
+    "share/doc/korvex2/examples/bodylist/bodylist.cpp",
+    "share/doc/korvex2/images/bodylist.png",
+    "share/doc/korvex2/images/due_to_body.png",
+    "share/doc/korvex2/images/due_to_room.png",
+    "share/doc/korvex2/images/due_to_room_cog.png",
+    "share/doc/korvex2/images/green.png",
+    "share/doc/korvex2/images/grey.png",
+    "share/doc/korvex2/images/panning.png",
+    "share/doc/korvex2/images/red.png",
+    "share/doc/korvex2/images/rotation.png",
+    "share/doc/korvex2/images/zooming.png",
+    "share/doc/korvex2/module-authors.md",
+    "share/doc/korvex2/user-guide.md",
     "share/korvex2/data/bodies/cup.body",
     "share/korvex2/data/bodies/phone.body",
     "share/korvex2/data/bodies/quadrotor_large.body",
@@ -140,6 +156,31 @@ TEST_F(Package, NamesNoPlaceOfTheMachineItWasBuiltOn) {
       EXPECT_THAT(text, Not(HasSubstr(place.toStdString()))) << file.toStdString();
     }
   }
+}
+
+TEST_F(Package, InstallsDocumentsWhoseLinksLeadToWhatIsInstalledWithThem) {
+  install({"--component", "Development"});
+  const QDir folder(path("korvex2/share/doc/korvex2"));
+  const QStringList documents = folder.entryList({"*.md"}, QDir::Files, QDir::Name);
+  EXPECT_EQ(documents, QStringList({"backend-protocol.md", "module-authors.md", "user-guide.md"}));
+  int links = 0;
+  for (const QString& name : documents) {
+    static const QRegularExpression link("\\]\\(([^)#]+)[^)]*\\)");
+    const QString text = QString::fromUtf8(wholeFile(folder.filePath(name)));
+    for (auto each = link.globalMatch(text); each.hasNext(); ++links) {
+      const QString target = each.next().captured(1);
+      EXPECT_TRUE(QFile::exists(folder.filePath(target))) << name.toStdString() << ": " << target.toStdString();
+    }
+  }
+  EXPECT_GE(links, 11);
+  const QString same[] = {QStringLiteral("module-authors.md"), QStringLiteral("backend-protocol.md")};
+  for (const QString& name : same) {
+    EXPECT_EQ(wholeFile(folder.filePath(name)), wholeFile(SOURCE_FOLDER "/docs/" + name)) << name.toStdString();
+  }
+  EXPECT_EQ(QString::fromUtf8(wholeFile(folder.filePath("user-guide.md"))).remove("images/").toStdString(),
+            QString::fromUtf8(wholeFile(SOURCE_FOLDER "/docs/user-guide.md"))
+                .remove("../SourceFiles/resources/")
+                .toStdString());
 }
 
 // The commands as printed, one after the other, and what they print.
