@@ -12,6 +12,7 @@
 #include <QTest>
 #include <QTreeWidget>
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,11 +22,22 @@
 #include "frontend.h"
 #include "logmodel.h"
 #include "modalwatch.h"
+#include "requester.h"
 
 namespace {
 
 using namespace korvex2;
 using testing::ElementsAre;
+
+/// Another module that follows the measurement.
+class Follower : public Requester {
+ public:
+  int set_ascii_data(const char* /*tag*/, const char* /*line*/) override { return 0; }
+  void set_mea_started() override {}
+  void set_mea_stopped() override { ++stopped; }
+
+  std::atomic<int> stopped{0};
+};
 
 class BodyListInHost : public testing::Test {
  protected:
@@ -117,6 +129,8 @@ TEST_F(BodyListInHost, OpensTheAdjustmentOnABodyAndShowsItselfAgainAfterwards) {
   start({EXAMPLE_FOLDER, MODULE_FOLDER});
   press("Body &list");
   ASSERT_NE(list(), nullptr);
+  Follower follower;
+  frontend->channel().register_requester("6d", &follower);
   ModalWatch watch;
   std::string chosen;
   watch.expectWindow([&](QWidget* dialog) {
@@ -129,6 +143,8 @@ TEST_F(BodyListInHost, OpensTheAdjustmentOnABodyAndShowsItselfAgainAfterwards) {
   EXPECT_EQ(chosen, "Table (Standard body 02)");
   EXPECT_TRUE(list()->isVisible());
   EXPECT_TRUE(qualityBecomes(1, "1")) << "the measurement runs again";
+  frontend->channel().unregister_requester("6d", &follower);
+  EXPECT_EQ(follower.stopped, 1) << "the adjustment stops the measurement for all when it closes";
 }
 
 TEST_F(BodyListInHost, LetsTheHostTellThatThereIsNoAdjustment) {
@@ -152,7 +168,7 @@ TEST_F(BodyListInHost, IsTakenDownWithItsWindowOpen) {
 class BodyListInTheProgram : public testing::Test {
  protected:
   /// Standard output of `korvex2-frontend --list-modules` with these options.
-  static QString listing(const QStringList& options) {
+  static QString listing(const QStringList& options, QString* errors = nullptr) {
     const QTemporaryDir home;
     QProcess program;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -162,6 +178,9 @@ class BodyListInTheProgram : public testing::Test {
     program.start(FRONTEND_PROGRAM, QStringList("--list-modules") + options);
     EXPECT_TRUE(program.waitForFinished(30000));
     EXPECT_EQ(program.exitCode(), 0);
+    if (errors != nullptr) {
+      *errors = QString::fromLocal8Bit(program.readAllStandardError());
+    }
     return QString::fromLocal8Bit(program.readAllStandardOutput());
   }
 };
@@ -169,6 +188,21 @@ class BodyListInTheProgram : public testing::Test {
 TEST_F(BodyListInTheProgram, IsListedWhenItsFolderIsNamed) {
   EXPECT_EQ(listing({"--plugin-dir", EXAMPLE_FOLDER}),
             "Modules:\n  Body List v1.0.0 (" EXAMPLE_FOLDER "/libbodylist.so)\nSearched:\n  " EXAMPLE_FOLDER "\n");
+}
+
+TEST_F(BodyListInTheProgram, OfSeveralFoldersTheLastOneCounts) {
+  EXPECT_EQ(listing({"--plugin-dir", "/nowhere", "--plugin-dir", EXAMPLE_FOLDER}),
+            listing({"--plugin-dir", EXAMPLE_FOLDER}));
+}
+
+TEST_F(BodyListInTheProgram, ARefusalStandsOnStandardErrorToo) {
+  const QTemporaryDir folder;
+  QFile file(folder.filePath("libtext.so"));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("text") == 4);
+  file.close();
+  QString errors;
+  EXPECT_TRUE(listing({"--plugin-dir", folder.path()}, &errors).startsWith("No modules found.\n"));
+  EXPECT_TRUE(errors.contains("refused " + file.fileName())) << errors.toStdString();
 }
 
 TEST_F(BodyListInTheProgram, IsNotFoundUnasked) { EXPECT_FALSE(listing({}).contains("bodylist")); }
