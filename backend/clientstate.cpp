@@ -74,31 +74,36 @@ Outcome ClientState::setUdpPort(const QByteArray& channel, std::uint16_t port) {
   return Outcome::done();
 }
 
+std::vector<ClientState::Expectation>::const_iterator ClientState::find(const BodyKey& key) const {
+  return std::find_if(expectations_.begin(), expectations_.end(),
+                      [&key](const Expectation& expectation) { return expectation.key == key; });
+}
+
 Outcome ClientState::expect(const BodyKey& key, const QByteArray& state) {
-  const auto same = std::find_if(expectations_.begin(), expectations_.end(),
-                                 [&key](const Expectation& expectation) { return expectation.key == key; });
-  if (same != expectations_.end()) {
-    same->state = state;
-    return Outcome::done();
-  }
-  if (expectations_.size() >= mostExpectations) {
+  const auto same = find(key);
+  if (same == expectations_.end() && expectations_.size() >= mostExpectations) {
     return Outcome::failed(
         ErrorNumber::NotAvailable,
         QStringLiteral("a client has at most %1 expectations").arg(static_cast<int>(mostExpectations)));
   }
-  expectations_.push_back({key, state});
+  if (same != expectations_.end()) {
+    expectations_[static_cast<std::size_t>(same - expectations_.begin())].state = state;
+  } else {
+    expectations_.push_back({key, state});
+  }
   return Outcome::done();
 }
 
-std::optional<QByteArray> ClientState::takeExpectation(const BodyKey& key) {
-  const auto found = std::find_if(expectations_.begin(), expectations_.end(),
-                                  [&key](const Expectation& expectation) { return expectation.key == key; });
-  if (found == expectations_.end()) {
-    return std::nullopt;
+void ClientState::expectNothing(const BodyKey& key) {
+  const auto found = find(key);
+  if (found != expectations_.end()) {
+    expectations_.erase(found);
   }
-  const QByteArray state = found->state;
-  expectations_.erase(found);
-  return state;
+}
+
+std::optional<QByteArray> ClientState::expectation(const BodyKey& key) const {
+  const auto found = find(key);
+  return found == expectations_.end() ? std::nullopt : std::optional<QByteArray>(found->state);
 }
 
 }  // namespace korvex2

@@ -49,11 +49,12 @@ class ClientState {
   /// Another number after every change of a channel.
   std::uint64_t channelsVersion() const { return channelsVersion_; }
 
-  /// The next change of the body's coordinates shall meet this state (see bodyState()); takes the place of an earlier
-  /// expectation for the same body.
+  /// From now on the client's changes of the body's markers shall meet this state (see bodyState()); takes the place of
+  /// an earlier expectation for the same body.
   Outcome expect(const BodyKey& key, const QByteArray& state);
-  /// Gives the expectation out and forgets it.
-  std::optional<QByteArray> takeExpectation(const BodyKey& key);
+  /// Nothing any more.
+  void expectNothing(const BodyKey& key);
+  std::optional<QByteArray> expectation(const BodyKey& key) const;
 
  private:
   struct Expectation {
@@ -62,6 +63,7 @@ class ClientState {
   };
 
   OutputChannel* channelToChange(const QByteArray& name);
+  std::vector<Expectation>::const_iterator find(const BodyKey& key) const;
 
   const bool hasNetwork_;
   std::map<QByteArray, OutputChannel> channels_;

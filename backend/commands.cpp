@@ -4,6 +4,7 @@
 #include <QList>
 
 #include <algorithm>
+#include <initializer_list>
 #include <optional>
 
 #include "bodyfileformat.h"
@@ -232,8 +233,7 @@ struct Phrase {
 template <typename Action>
 using Table = std::vector<Phrase<Action>>;
 
-// Finds the phrase that the fields begin with and reads its fields. No two phrases of a table fit the same complete
-// line.
+// Finds the first phrase that the fields begin with and reads its fields.
 template <typename Action>
 const Phrase<Action>* findPhrase(const Table<Action>& table, const std::vector<Field>& fields, const char* what,
                                  FieldReader& reader, Outcome& outcome) {
@@ -338,6 +338,8 @@ const Table<Query>& queries() {
       {"body marker %type %body %marker", [](I, C, A a) -> QueryAnswer { return joined(markerOf(a).position); }},
       {"body marker_emission %type %body %marker", &emissionText},
       {"body state %type %body", [](I, C, A a) -> QueryAnswer { return bodyState(*a.body); }},
+      {"body expect %type %body",
+       [](I, const ClientState& client, A a) -> QueryAnswer { return client.expectation(a.key).value_or("none"); }},
       {"body file %type %body", &bodyFile},
   };
   return table;
@@ -421,6 +423,11 @@ Outcome stopMeasurement(Interpreter& interpreter, M, A) {
   return Outcome::done();
 }
 
+Outcome expectNothing(Interpreter&, M client, A a) {
+  client.expectNothing(a.key);
+  return Outcome::done();
+}
+
 // Each command with its effect.
 const Table<Effect>& commands() {
   static const Table<Effect> table = {
@@ -429,6 +436,7 @@ const Table<Effect>& commands() {
       {"body transform %type %body %real*12", &transformBody},
       {"body delete_marker %type %body %marker",
        [](Interpreter& i, M, A a) { return i.database().deleteMarker(a.key, a.marker); }},
+      {"body expect %type %body none", &expectNothing},  // in front: the word is no state
       {"body expect %type %body %state", [](Interpreter&, M client, A a) { return client.expect(a.key, a.text); }},
   };
   return table;
@@ -442,25 +450,36 @@ Outcome carryOut(const Table<Effect>& table, const char* what, Interpreter& inte
   return phrase == nullptr ? outcome : phrase->action(interpreter, client, reader.arguments);
 }
 
-// A command that changes coordinates relative to what they are uses up what its sender expects of them, also when
-// something else is wrong with it.
-Outcome meetExpectation(const BodyDatabase& database, ClientState& client, const std::vector<Field>& fields) {
-  const bool relative = fields.size() >= 4 && fields[0].text == "body" &&
-                        (fields[1].text == "transform" || fields[1].text == "delete_marker");
-  if (!relative) {
-    return Outcome::done();
+// The body whose markers a line is about to change; nothing when it is another kind of line or names no body. The line
+// need not be right otherwise: a client whose markers are out of date shall read that first.
+std::optional<BodyKey> bodyToChange(const BodyDatabase& database, const std::vector<Field>& fields,
+                                    std::initializer_list<const char*> changes) {
+  const bool isChange =
+      fields.size() >= 4 && fields[0].text == "body" &&
+      std::any_of(changes.begin(), changes.end(), [&fields](const char* change) { return fields[1].text == change; });
+  if (!isChange) {
+    return std::nullopt;
   }
   const BodyKey key{fields[2].text, numberBehind('b', fields[3].text).value_or(0)};
-  const Body* const body = database.find(key);
-  if (body == nullptr) {
-    return Outcome::done();
-  }
-  const std::optional<QByteArray> expected = client.takeExpectation(key);
-  if (expected && *expected != bodyState(*body)) {
+  return database.find(key) == nullptr ? std::nullopt : std::optional<BodyKey>(key);
+}
+
+// Carries a line out, if its body's markers are those that the client expects, and expects from then on what the line
+// has made of them.
+Outcome carryOutExpected(const Table<Effect>& table, const char* what, std::initializer_list<const char*> changes,
+                         Interpreter& interpreter, ClientState& client, const std::vector<Field>& fields) {
+  const BodyDatabase& database = interpreter.database();
+  const std::optional<BodyKey> changed = bodyToChange(database, fields, changes);
+  const std::optional<QByteArray> expected = changed ? client.expectation(*changed) : std::nullopt;
+  if (expected && *expected != bodyState(*database.find(*changed))) {
     return Outcome::failed(ErrorNumber::Changed,
                            QStringLiteral("the markers of the body are not those that were expected"));
   }
-  return Outcome::done();
+  Outcome outcome = carryOut(table, what, interpreter, client, fields);
+  if (outcome && expected) {
+    client.expect(*changed, bodyState(*database.find(*changed)));
+  }
+  return outcome;
 }
 
 template <typename Action>
@@ -492,12 +511,12 @@ QueryAnswer answerQuery(const Interpreter& interpreter, const ClientState& clien
 }
 
 Outcome carryOutSetting(Interpreter& interpreter, ClientState& client, const std::vector<Field>& fields) {
-  return carryOut(settings(), "setting", interpreter, client, fields);
+  return carryOutExpected(settings(), "setting", {"number_of_marker", "marker", "marker_emission", "file"}, interpreter,
+                          client, fields);
 }
 
 Outcome carryOutCommand(Interpreter& interpreter, ClientState& client, const std::vector<Field>& fields) {
-  Outcome met = meetExpectation(interpreter.database(), client, fields);
-  return met ? carryOut(commands(), "command", interpreter, client, fields) : met;
+  return carryOutExpected(commands(), "command", {"transform", "delete_marker"}, interpreter, client, fields);
 }
 
 }  // namespace korvex2

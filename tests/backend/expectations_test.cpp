@@ -32,6 +32,13 @@ class Expectations : public korvex2_test::DatabaseCopy {
     return tell("body expect " + key + " " + hex);
   }
 
+  std::string expected(const std::string& key = "standard b01") {
+    const std::string head = "korvex2 set body expect " + key + " ";
+    const std::string answer = tell("get body expect " + key);
+    EXPECT_EQ(answer.substr(0, head.size()), head);
+    return answer.substr(head.size());
+  }
+
   const std::string wrong = "0123456789abcdef";
   ClientState client{true};
 };
@@ -128,76 +135,123 @@ TEST_F(Expectations, TheStateIsTheSameAfterARestart) {
   EXPECT_EQ(after, before);
 }
 
-TEST_F(Expectations, AChangeThatMeetsTheExpectedMarkersIsMade) {
-  EXPECT_EQ(expectState(state()), ok);
-  EXPECT_EQ(tell("body transform " + turn), ok);
-  EXPECT_EQ(expectState(state()), ok);
-  EXPECT_EQ(tell("body delete_marker standard b01 m01"), ok);
-}
+/// Everything that changes the markers of standard b01.
+const char* const changes[] = {"body transform standard b01 1 2 3 1 0 0 0 1 0 0 0 1",
+                               "body delete_marker standard b01 m01",
+                               "set body number_of_marker standard b01 7",
+                               "set body marker standard b01 m01 7 8 9",
+                               "set body marker_emission standard b01 m01 0 0 1 33",
+                               "set body file standard b01 MwoxIDAgMAowIDEgMAowIDAgMQo="};  // three markers
 
-TEST_F(Expectations, AChangeThatMeetsOtherMarkersIsRefusedAndChangesNothing) {
-  for (const std::string& change : {"body transform " + turn, std::string("body delete_marker standard b01 m01")}) {
-    const std::string read = state();
-    EXPECT_EQ(ask("korvex2 set body marker standard b01 m01 " + std::to_string(change.size()) + " 2 3"), ok)
-        << "by somebody else";
-    const auto files = korvex2_test::allFiles(folder());
-    const std::string before = dump();
-    EXPECT_EQ(expectState(read), ok);
-    EXPECT_EQ(tell(change), changed);
-    EXPECT_EQ(dump(), before);
-    EXPECT_EQ(korvex2_test::allFiles(folder()), files);
+TEST_F(Expectations, EveryChangeThatMeetsTheExpectedMarkersIsMadeAndMovesTheExpectationOn) {
+  for (const char* change : changes) {
+    open();
+    const std::string before = state();
+    EXPECT_EQ(expectState(before), ok);
+    EXPECT_EQ(tell(change), ok) << change;
+    EXPECT_NE(state(), before) << change;
+    EXPECT_EQ(expected(), state()) << change;
   }
 }
 
-TEST_F(Expectations, AreUsedUpByTheCommandThatTheyAreFor) {
+TEST_F(Expectations, EveryChangeThatMeetsOtherMarkersIsRefusedAndChangesNothing) {
   EXPECT_EQ(expectState(wrong), ok);
-  EXPECT_EQ(tell("body transform " + turn), changed);
-  EXPECT_EQ(tell("body transform " + turn), ok) << "nothing is expected any more";
-  EXPECT_EQ(expectState(state()), ok);
-  EXPECT_EQ(tell("body transform " + turn), ok);
-  EXPECT_EQ(tell("body transform " + turn), ok) << "nor after one that was met";
+  const auto files = korvex2_test::allFiles(folder());
+  const std::string before = dump();
+  for (const char* change : changes) {
+    EXPECT_EQ(tell(change), changed) << change;
+    EXPECT_EQ(tell(change), changed) << change << ": again, for it lasts";
+  }
+  EXPECT_EQ(dump(), before);
+  EXPECT_EQ(korvex2_test::allFiles(folder()), files);
+  EXPECT_EQ(expected(), wrong);
 }
 
-TEST_F(Expectations, AreUsedUpByACommandThatFailsForAnotherReason) {
+TEST_F(Expectations, LastOverTheClientsOwnChangesUntilSomebodyElseChangesTheBody) {
+  EXPECT_EQ(expectState(state()), ok);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(tell("body transform " + turn), ok);
+    EXPECT_EQ(tell("set body marker standard b01 m01 1 2 " + std::to_string(i)), ok);
+  }
+  const std::string own = state();
+  EXPECT_EQ(ask("korvex2 set body marker standard b01 m01 1 1 1"), ok) << "by somebody else";
+  const std::string before = dump();
+  EXPECT_EQ(tell("body transform " + turn), changed);
+  EXPECT_EQ(expected(), own) << "a refusal leaves it as it is";
+  EXPECT_EQ(dump(), before);
+  EXPECT_EQ(ask("korvex2 set body marker standard b01 m01 1 2 2"), ok) << "taken back";
+  EXPECT_EQ(tell("body transform " + turn), ok);
+}
+
+TEST_F(Expectations, StayAsTheyAreWhenTheChangeFailsForAnotherReason) {
+  const std::string read = state();
+  EXPECT_EQ(expectState(read), ok);
   for (const char* failing :
        {"body transform standard b01 1 2 3 1 0 0 0 1 0 0 0", "body transform standard b01 1 2 x 1 0 0 0 1 0 0 0 1",
         "body transform standard b01 1 2 3 2 0 0 0 1 0 0 0 1", "body delete_marker standard b01 m99",
-        "body delete_marker standard b01", "body delete_marker standard b01 m01 m02"}) {
-    EXPECT_EQ(expectState(state()), ok);
+        "body delete_marker standard b01", "set body number_of_marker standard b01 2",
+        "set body marker standard b01 m01 1 2", "set body file standard b01 AAAA"}) {
     EXPECT_EQ(tell(failing).substr(0, 12), "korvex2 err ") << failing;
-    EXPECT_NE(tell(failing), changed);
-    EXPECT_FALSE(client.takeExpectation({"standard", 1}).has_value()) << failing;
+    EXPECT_NE(tell(failing), changed) << failing;
+    EXPECT_EQ(expected(), read) << failing;
   }
-  EXPECT_EQ(expectState(state()), ok);
   EXPECT_EQ(ask("korvex2 set config is_changeable no"), ok);
   EXPECT_EQ(tell("body transform " + turn), "korvex2 err 7 \"the configuration is locked\"");
   EXPECT_EQ(ask("korvex2 set config is_changeable yes"), ok);
-  EXPECT_EQ(tell("set body marker standard b01 m01 5 6 7"), ok);
   EXPECT_EQ(tell("body transform " + turn), ok);
 }
 
 TEST_F(Expectations, OtherMarkersAreToldBeforeAnythingElseThatIsWrong) {
   EXPECT_EQ(expectState(wrong), ok);
-  EXPECT_EQ(tell("body delete_marker standard b01 m99"), changed) << "the marker may have been there when it was read";
+  EXPECT_EQ(ask("korvex2 set config is_changeable no"), ok);
+  for (const char* failing : {"body delete_marker standard b01 m99", "body transform standard b01",
+                              "set body marker standard b01 m99 x", "set body number_of_marker standard b01 2",
+                              "set body file standard b1 ?", "body  transform\tstandard  b001 1"}) {
+    EXPECT_EQ(tell(failing), changed) << failing << ": what is wrong may have been right when it was read";
+  }
 }
 
-TEST_F(Expectations, AreNotTouchedByAnythingElse) {
+TEST_F(Expectations, DoNotConcernAnythingElse) {
   EXPECT_EQ(expectState(wrong), ok);
   for (const char* other :
        {"get body marker standard b01 m01", "get body state standard b01", "get version", "tracking start",
-        "tracking stop", "set body marker standard b01 m01 1 2 3", "set body number_of_marker standard b01 7",
-        "body transform standard b02 1 2 3 1 0 0 0 1 0 0 0 1", "body delete_marker standard b03 m01",
-        "body delete_marker wandgrip b01 m01", "set output active chmon 6d yes"}) {
+        "tracking stop", "set body desc standard b01 Mug", "set body target_type standard b01 tt_5dof",
+        "set body calibrated standard b01 yes", "set body marker standard b02 m01 1 2 3",
+        "set body number_of_marker standard b02 7", "body transform standard b02 1 2 3 1 0 0 0 1 0 0 0 1",
+        "body delete_marker standard b03 m01", "body delete_marker wandgrip b01 m01",
+        "set output active chmon 6d yes"}) {
     EXPECT_NE(tell(other).substr(0, 11), "korvex2 err") << other << ": " << tell(other);
   }
   EXPECT_EQ(tell("body fly standard b01"), "korvex2 err 2 \"there is no such command\"");
-  EXPECT_EQ(tell("body transform " + turn), changed);
+  EXPECT_EQ(expected(), wrong);
 }
 
 TEST_F(Expectations, ANewerOneTakesThePlaceOfTheOlder) {
   EXPECT_EQ(expectState(wrong), ok);
   EXPECT_EQ(expectState(state()), ok);
   EXPECT_EQ(tell("body transform " + turn), ok);
+}
+
+TEST_F(Expectations, EndWhenNothingIsExpectedAnyMore) {
+  EXPECT_EQ(expected(), "none");
+  EXPECT_EQ(expectState("none"), ok) << "nothing is there to end";
+  EXPECT_EQ(expectState(wrong), ok);
+  EXPECT_EQ(expectState(wrong, "standard b02"), ok);
+  EXPECT_EQ(expectState("none"), ok);
+  EXPECT_EQ(expected(), "none");
+  EXPECT_EQ(tell("body transform " + turn), ok);
+  EXPECT_EQ(expected(), "none") << "a change begins no expectation";
+  EXPECT_EQ(tell("body transform standard b02 1 2 3 1 0 0 0 1 0 0 0 1"), changed);
+}
+
+TEST_F(Expectations, CanBeAskedFor) {
+  EXPECT_EQ(expectState(wrong), ok);
+  EXPECT_EQ(tell("get body expect standard b01"), "korvex2 set body expect standard b01 " + wrong);
+  EXPECT_EQ(tell("get body expect standard b02"), "korvex2 set body expect standard b02 none");
+  EXPECT_EQ(tell("get body expect standard b08"), "korvex2 err 5 \"there is no body b08\"");
+  EXPECT_EQ(tell("get body expect standard"), "korvex2 err 3 \"there are too few fields\"");
+  EXPECT_EQ(ask("korvex2 get body expect standard b01"), "korvex2 set body expect standard b01 none")
+      << "another client";
 }
 
 TEST_F(Expectations, AreKeptForEveryBodyAtTheSameTime) {
@@ -256,7 +310,9 @@ TEST_F(Expectations, ThereIsOneForEachOfTwiceNinetyNineBodies) {
   const korvex2::Outcome refused = client.expect({"third", 1}, "0123456789abcdef");
   EXPECT_EQ(refused.number, korvex2::ErrorNumber::NotAvailable);
   EXPECT_EQ(refused.text, "a client has at most 198 expectations");
-  EXPECT_EQ(client.takeExpectation({"standard", 50}), QByteArray("fedcba9876543210"));
+  EXPECT_EQ(client.expectation({"standard", 50}), QByteArray("fedcba9876543210"));
+  client.expectNothing({"standard", 50});
+  EXPECT_FALSE(client.expectation({"standard", 50}).has_value());
   EXPECT_TRUE(client.expect({"third", 1}, "0123456789abcdef"));
 }
 

@@ -108,6 +108,9 @@ TEST_F(ServerChanges, OnlyOneOfTwoThatReadTheSameMarkersMayChangeThem) {
   EXPECT_EQ(two.ask(shift(1, 2, 3)), "korvex2 err 11 \"the markers of the body are not those that were expected\"");
   EXPECT_EQ(markerOf(two), "1 2 3");
   const std::string now = two.ask("korvex2 get body state standard b01").substr(head.size());
+  EXPECT_EQ(one.ask("korvex2 get body expect standard b01"), "korvex2 set body expect standard b01 " + now);
+  EXPECT_EQ(two.ask("korvex2 get body expect standard b01"), "korvex2 set body expect standard b01 " + state);
+  EXPECT_EQ(two.ask("korvex2 set body marker standard b01 m01 1 2 3").substr(0, 15), "korvex2 err 11 ");
   EXPECT_EQ(two.ask("korvex2 body expect standard b01 " + now), "korvex2 ok");
   EXPECT_EQ(two.ask(shift(1, 2, 3)), "korvex2 ok");
   EXPECT_EQ(markerOf(one), "2 4 6");

@@ -55,7 +55,8 @@ TEST_F(ServerClients, HaveExpectationsOfTheirOwnThatEndWithTheConnection) {
   EXPECT_EQ(one.ask(expect), "korvex2 ok");
   EXPECT_EQ(two.ask(turn), "korvex2 ok");
   EXPECT_EQ(one.ask(turn).substr(0, 15), "korvex2 err 11 ");
-  EXPECT_EQ(one.ask(expect), "korvex2 ok");
+  EXPECT_EQ(one.ask("korvex2 get body expect standard b01"), "korvex2 set body expect standard b01 0123456789abcdef");
+  EXPECT_EQ(two.ask("korvex2 get body expect standard b01"), "korvex2 set body expect standard b01 none");
   one.close();
   TcpClient again = connect();
   EXPECT_EQ(again.ask(turn), "korvex2 ok");
