@@ -16,6 +16,25 @@ namespace {
 
 const char deviceType[] = "wandgrip";
 
+// A program that is killed while it makes its lock file leaves one that says nobody's name; it would hold the folder
+// for ever. A program that lives signs within microseconds, and the system knows that it has the file open.
+bool breakUnsignedLock(QLockFile& lock) {
+  const int patienceMs = 300;
+  const auto isUnsigned = [&lock] {
+    qint64 program = 0;
+    QString host;
+    QString name;
+    return lock.error() == QLockFile::LockFailedError && !lock.getLockInfo(&program, &host, &name);
+  };
+  if (!isUnsigned()) {
+    return false;
+  }
+  if (lock.tryLock(patienceMs)) {
+    return true;
+  }
+  return isUnsigned() && lock.removeStaleLockFile() && lock.tryLock(0);
+}
+
 }  // namespace
 
 QByteArray BackendVersion::text() const {
@@ -46,7 +65,7 @@ QString BodyDatabase::bodyPath(const QString& file) const {
 void BodyDatabase::takeLock() {
   lock_ = std::make_unique<QLockFile>(cataloguePath() + QStringLiteral(".lock"));
   lock_->setStaleLockTime(0);  // a front end may run for weeks; a lock is stale only when its program is gone
-  if (lock_->tryLock(0) || lock_->error() != QLockFile::LockFailedError) {
+  if (lock_->tryLock(0) || breakUnsignedLock(*lock_) || lock_->error() != QLockFile::LockFailedError) {
     return;  // where no lock file can be written, no change can be written either, and says so when it is tried
   }
   heldByAnother_ = true;

@@ -13,6 +13,8 @@
 #include <cstdio>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -407,7 +409,32 @@ TEST_F(Tidying, FileThatOnlyResemblesOneOfTheDatabaseIsKeptWhenItsBodyChanges) {
   EXPECT_TRUE(exists("bodies/standard_b01-007.body"));
 }
 
-/// What two programs left that were killed again and again in the middle of their changes.
+// A program that is killed while it makes its lock file.
+TEST_F(Tidying, LockFileWithoutANameHoldsNobodyUp) {
+  for (const char* bytes : {"", "what"}) {
+    close();
+    leave("catalogue.json.lock", bytes);
+    openLosing(leaveEverything());
+    EXPECT_EQ("", problems());
+    EXPECT_EQ("korvex2 ok", ask("korvex2 set body target_type standard b01 tt_5dof"));
+    copyAgain();
+  }
+}
+
+TEST_F(Tidying, LockFileThatAnotherProgramIsAboutToSignIsRespected) {
+  close();
+  leaveEverything();
+  leave("catalogue.json.lock", "");
+  const int another = ::open(QFile::encodeName(path("catalogue.json.lock")).constData(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(another, 0);
+  ASSERT_EQ(0, flock(another, LOCK_EX | LOCK_NB));
+  openLosingNothing();
+  EXPECT_TRUE(database->isHeldByAnother());
+  EXPECT_TRUE(exists("catalogue.json.lock"));
+  ASSERT_EQ(0, ::close(another));
+}
+
+/// What programs left that were killed again and again in the middle of their changes.
 TEST_F(Tidying, KilledProgramsLeaveOneFileABody) {
   const QStringList before = allFiles(folder()).keys();
   close();
