@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -206,6 +207,50 @@ TEST_F(Package, LeadsFromAnEmptyFolderToTheMenuAsTheDocumentSays) {
   const std::string commands = wholeFile(path("bodylist/build/compile_commands.json")).toStdString();
   EXPECT_THAT(commands, HasSubstr(path("korvex2/include/korvex2").toStdString()));
   EXPECT_THAT(commands, Not(HasSubstr(SOURCE_FOLDER "/"))) << "the source tree helped";
+}
+
+TEST_F(Package, ShowsCallsThatCompileWithoutAWarning) {
+  install({"--component", "Development"});
+  QByteArray calls;
+  for (const MarkdownBlock& block : markdownBlocks(document)) {
+    calls += block.mark == "calls" ? block.text : QByteArray();
+  }
+  ASSERT_TRUE(calls.contains("get_reals"));
+  write("project/calls.cpp", "#include \"iomanager.h\"\nvoid calls(IOManager* channel) {\n" + calls + "}\n");
+  ASSERT_EQ(configure("find_package(Korvex2 REQUIRED)\nkorvex2_add_module(own SOURCES calls.cpp)\n"
+                      "target_compile_options(own PRIVATE -Wall -Wextra -Wpedantic -Werror)\n")
+                .exitCode,
+            0);
+  const Ended built = run(CMAKE_PROGRAM, {"--build", path("project/build")});
+  EXPECT_EQ(built.exitCode, 0) << built.out;
+}
+
+TEST_F(Package, ShowsHowToGiveTheBackendAnotherVersion) {
+  install();
+  QProcess backend;
+  backend.start(path("korvex2/bin/korvex2-backend"), {"--listen", "127.0.0.1:0", "--database", path("database")});
+  const QDeadlineTimer deadline(10000);
+  while (!backend.canReadLine() && backend.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
+  }
+  const QByteArray port = backend.readLine().trimmed().split(':').last();
+  int runs = 0;
+  for (const MarkdownBlock& block : markdownBlocks(document)) {
+    if (block.mark == "run against a backend") {
+      ++runs;
+      ASSERT_TRUE(block.text.contains("27410"));
+      QByteArray text = block.text;
+      const Ended ended = run("bash", {"-e", "-c", QString::fromUtf8(text.replace("27410", port))});
+      EXPECT_EQ(ended.exitCode, 0) << ended.err;
+      EXPECT_EQ(ended.out, "korvex2 ok\n");
+    }
+  }
+  EXPECT_EQ(runs, 1);
+  const Ended asked = run("bash", {"-e", "-c",
+                                   "exec 3<>/dev/tcp/127.0.0.1/" + QString::fromLatin1(port) +
+                                       "; echo korvex2 get version >&3; head -n 1 <&3"});
+  EXPECT_EQ(asked.out, "korvex2 set version 1.9.0\n");
+  backend.terminate();
+  EXPECT_TRUE(backend.waitForFinished(10000));
 }
 
 TEST_F(Package, IsEnoughForAModuleWithoutTheProgramsAndCanBeMoved) {
