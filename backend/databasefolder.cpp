@@ -25,6 +25,10 @@ QString shippedDataFolder(const QString& programFolder) {
   return {};
 }
 
+QString shippedTrajectory(const QString& shipped) {
+  return shipped.isEmpty() ? QString() : QDir(shipped).filePath(QStringLiteral("trajectories/handheld_xyz.tum"));
+}
+
 QString prepareDatabaseFolder(const QString& folder, const QString& shipped) {
   if (!shipped.isEmpty()) {
     return copyShippedDatabase(shipped, folder);

@@ -13,6 +13,9 @@ QString userDatabaseFolder();
 /// built from. Empty when neither is there.
 QString shippedDataFolder(const QString& programFolder);
 
+/// The recorded motion among this shipped data; empty when there are none.
+QString shippedTrajectory(const QString& shipped);
+
 /// Gives the user a copy of the shipped data at the first start; a database that is there is left as it is.
 /// @return what went wrong, for the operator; empty on success
 QString prepareDatabaseFolder(const QString& folder, const QString& shipped);

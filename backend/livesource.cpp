@@ -77,6 +77,12 @@ void LiveSource::run(LiveSink& sink) {
       changed_.wait(lock, wanted);
     }
   }
+  lock.unlock();
+  const std::lock_guard<std::mutex> turning(turnMutex_);
+  if (measurement_ != 0) {  // nobody else will tell of this measurement's end
+    measurement_ = 0;
+    sink.measurementStopped();
+  }
 }
 
 std::optional<LiveSource::Time> LiveSource::turn(LiveSink& sink, Time now) {

@@ -47,7 +47,8 @@ class LiveSource {
 
   /// Begins to deliver; nothing happens when it does already. `sink` must live until stop().
   void start(LiveSink& sink);
-  /// Ends the delivery: the sink is not being called when it returns, and will not be. Nothing happens the second time.
+  /// Ends the delivery: a sink that knows of a measurement is told of its end, is not being called when this returns,
+  /// and will not be. Nothing happens the second time.
   /// Not to be called from within the sink, nor while the sink waits for the caller.
   void stop();
 

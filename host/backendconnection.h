@@ -45,6 +45,9 @@ struct LinkStatus {
   QString place;   ///< "127.0.0.1:27410"; empty for a backend inside this program
   QString reason;  ///< while not connected: why, as part of a sentence ("the backend closed the connection")
 };
+  /// While connected: whether the connection has lasted for a while. One that is made and breaks at once, again and
+  /// again, is nothing to tell anybody each time.
+  bool lasts = true;
 
 /// A way to a backend: one line of text goes there, one line comes back.
 /// All operations are called on the GUI thread.
@@ -80,7 +83,8 @@ class BackendConnection {
   /// Begins to hand the backend's live lines to `distributor`, on a thread of the connection's own, and tells it when
   /// measurements start and stop. `distributor` must live until stopLiveLines().
   virtual void startLiveLines(LiveDistributor& distributor) { static_cast<void>(distributor); }
-  /// Ends that: when it returns, no subscriber is being called and none will be.
+  /// Ends that, and with it, for subscribers, the measurement that they were told of, if any: when it returns, no
+  /// subscriber is being called and none will be.
   virtual void stopLiveLines() {}
   virtual LiveStatus liveStatus() const { return {}; }
 

@@ -29,7 +29,7 @@ BackendLink::BackendLink(BackendLinkOwner& owner, const BackendAddress& address,
     : owner_(owner), address_(address), options_(options) {
   status_.state = LinkState::reconnecting;
   status_.place = address_.text();
-  for (QTimer* timer : {&retry_, &limit_, &heartbeat_, &patience_, &lost_}) {
+  for (QTimer* timer : {&retry_, &limit_, &heartbeat_, &patience_, &lasting_, &lost_}) {
     timer->setSingleShot(true);
   }
   connect(&retry_, &QTimer::timeout, this, &BackendLink::attempt);
@@ -37,7 +37,12 @@ BackendLink::BackendLink(BackendLinkOwner& owner, const BackendAddress& address,
           [this] { fail(tr("no connection came about within %1 s").arg(inSeconds(options_.connectTimeout))); });
   connect(&heartbeat_, &QTimer::timeout, this, &BackendLink::beat);
   connect(&patience_, &QTimer::timeout, this, &BackendLink::postedTooLongAgo);
-  connect(&lost_, &QTimer::timeout, this, [this] { setStatus(LinkState::lost, status_.reason); });
+  connect(&lasting_, &QTimer::timeout, this, &BackendLink::lasts);
+  connect(&lost_, &QTimer::timeout, this, [this] {
+    if (stage_ != Stage::connected) {  // a connection has its chance to last
+      setStatus(LinkState::lost, status_.reason);
+    }
+  });
 }
 
 BackendLink::~BackendLink() {
@@ -73,6 +78,7 @@ void BackendLink::tryAgain() {
     retry_.stop();
     ++retries_;
     attempt();
+  status_.lasts = false;
   }
 }
 
@@ -124,19 +130,25 @@ void BackendLink::sendOpeningLine() {
 
 void BackendLink::opened() {
   limit_.stop();
-  lost_.stop();
   stage_ = Stage::connected;
   ++connections_;
   connectedSince_ = Clock::now();
   lastTraffic_ = connectedSince_;
   heartbeat_.start(options_.heartbeat);
-  setStatus(LinkState::connected, QString());
+  if (options_.stableAfter.count() <= 0) {
+    lasts();
+  } else {
+    lasting_.start(options_.stableAfter);
+    setStatus(LinkState::connected, QString());
+  }
   post(heartbeatLine);  // whether a measurement runs
   emit attemptEnded();
 }
 
 bool BackendLink::exchange(const QByteArray& line, QByteArray& answer) {
   if (stage_ != Stage::connected || line.contains('\n') || line.contains('\0')) {
+    case QAbstractSocket::RemoteHostClosedError:
+      return fail(tr("the backend closed the connection"));
     return false;
   }
   const Clock::time_point deadline = Clock::now() + options_.commandTimeout;
@@ -153,6 +165,7 @@ bool BackendLink::exchange(const QByteArray& line, QByteArray& answer) {
   if (!goesOn(socket_->readLine(answer, deadline))) {
     return false;
   }
+  connector_->abort();                  // closes its own descriptor only; it would read what comes for the other one
   lastTraffic_ = Clock::now();
   if (socket_->hasRest()) {
     fail(tr("the backend sent more than was asked for"));  // the answer is good all the same: it came first
@@ -180,6 +193,12 @@ void BackendLink::read() {
     }
     if (!goesOn(taken) || !accept(line)) {
       return;
+void BackendLink::lasts() {
+  lost_.stop();
+  retries_ = 0;
+  setStatus(LinkState::connected, QString(), true);
+}
+
     }
   }
   if (stage_ == Stage::connected && posted_.empty() && socket_->hasRest()) {
@@ -269,7 +288,7 @@ void BackendLink::giveUpSocket() {
   }
   posted_.clear();
   opening_.clear();
-  for (QTimer* timer : {&limit_, &heartbeat_, &patience_}) {
+  for (QTimer* timer : {&limit_, &heartbeat_, &patience_, &lasting_}) {
     timer->stop();
   }
 }
@@ -282,24 +301,22 @@ void BackendLink::fail(const QString& reason) {
   giveUpSocket();
   stage_ = Stage::waiting;
   qCInfo(logChannel).noquote() << status_.place << "is not connected:" << reason;
-  if (wasConnected) {
-    if (Clock::now() - connectedSince_ >= options_.stableAfter) {
-      retries_ = 0;
-    }
+  if (lasted) {
+    retries_ = 0;
     lost_.start(options_.lostAfter);
   }
   const auto& delays = options_.retryDelays;
-  const bool seldom = delays.empty() || (!wasConnected && status_.state == LinkState::lost);
+  const bool seldom = delays.empty() || state == LinkState::lost;
   retry_.start(seldom ? options_.lostDelay : delays[std::min(retries_, delays.size() - 1)]);
   ++retries_;
-  setStatus(wasConnected ? LinkState::reconnecting : status_.state, reason);
+  setStatus(state, reason);
   if (!wasConnected) {
     emit attemptEnded();
   }
 }
 
-void BackendLink::setStatus(LinkState state, const QString& reason) {
-  if (status_.state != state || status_.reason != reason) {
+void BackendLink::setStatus(LinkState state, const QString& reason, bool lasts) {
+  if (status_.state != state || status_.reason != reason || status_.lasts != lasts) {
     status_.state = state;
     status_.reason = reason;
     owner_.linkChanged();
@@ -307,3 +324,10 @@ void BackendLink::setStatus(LinkState state, const QString& reason) {
 }
 
 }  // namespace korvex2
+  // The program may have been too busy to hear of the time.
+  const bool lasted = wasConnected && (status_.lasts || Clock::now() - connectedSince_ >= options_.stableAfter);
+  // Connections that do not last are no success: the time until the backend counts as lost goes on.
+  const LinkState state = !wasConnected        ? status_.state
+                          : lost_.isActive() ? LinkState::reconnecting
+                                             : LinkState::lost;
+    status_.lasts = lasts;

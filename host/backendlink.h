@@ -101,7 +101,10 @@ class BackendLink : public QObject {
   bool goesOn(Result result);
   void fail(const QString& reason);
   void giveUpSocket();
-  void setStatus(LinkState state, const QString& reason);
+  /// @param lasts  see LinkStatus::lasts
+  void setStatus(LinkState state, const QString& reason, bool lasts = false);
+  /// The connection counts as a success from now on.
+  void lasts();
   QString reasonOf(Result result) const;
   void beat();
   void postedTooLongAgo();
@@ -126,6 +129,7 @@ class BackendLink : public QObject {
   Clock::time_point connectedSince_;
   std::size_t retries_ = 0;
   int connections_ = 0;
+  QTimer lasting_;    // until the connection is a success
 };
 
 }  // namespace korvex2

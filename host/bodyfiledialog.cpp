@@ -159,6 +159,12 @@ QString BodyImportDialog::title() { return tr("Import body file"); }
 
 QString BodyImportDialog::failureText(const QString& problem) { return tr("Body file not imported: %1").arg(problem); }
 
+QString BodyImportDialog::unknownText(const QString& problem) const {
+  return tr("The answer to the import was lost (%1): %2 may have taken the file or not. The list of bodies shows how "
+            "many markers it has now; the file can be imported again.")
+      .arg(problem, body()->title());
+}
+
 void BodyImportDialog::prepare(QFileDialog& dialog) const {
   dialog.setAcceptMode(QFileDialog::AcceptOpen);
   dialog.setFileMode(QFileDialog::ExistingFile);
@@ -192,9 +198,9 @@ void BodyImportDialog::summarize() {
 }
 
 bool BodyImportDialog::carryOut() {
-  const QString problem = store_.importBody(body()->id(), file());
-  if (!problem.isEmpty()) {
-    fail(failureText(problem));
+  const ImportOutcome outcome = store_.importBody(body()->id(), file());
+  if (!outcome.problem.isEmpty()) {
+    fail(outcome.mayHaveTaken ? unknownText(outcome.problem) : failureText(outcome.problem));
     return false;
   }
   emit succeeded(tr("Imported into %1: %2").arg(body()->title(), QDir::toNativeSeparators(file())));

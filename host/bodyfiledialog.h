@@ -88,6 +88,8 @@ class BodyImportDialog : public BodyFileDialog {
   bool carryOut() override;
 
  private:
+  QString unknownText(const QString& problem) const;
+
   BodyFileStore& store_;
   BodyFileSummary content_;
 };

@@ -23,6 +23,12 @@ struct BodyFileSummary {
   QString problem;
 };
 
+/// How an import ended.
+struct ImportOutcome {
+  QString problem;            ///< empty: the body has taken the file
+  bool mayHaveTaken = false;  ///< with a problem: the answer was lost, so that the body may have taken the file or not
+};
+
 /// An optional part of a connection, see BackendConnection::bodyFiles(). All operations are called on the GUI thread.
 /// Those that can fail return an empty text, or one line without a full stop that says what went wrong.
 class BodyFileStore {
@@ -35,8 +41,8 @@ class BodyFileStore {
   /// Why no body can take a file just now, whatever the file; empty when one can.
   virtual QString importObstacle() const = 0;
   virtual BodyFileSummary summaryOf(const QString& path) const = 0;
-  /// The body takes the file's markers, lines and free text. On failure nothing has changed.
-  virtual QString importBody(const BodyId& body, const QString& path) = 0;
+  /// The body takes the file's markers, lines and free text. On failure nothing has changed, unless that is not known.
+  virtual ImportOutcome importBody(const BodyId& body, const QString& path) = 0;
   /// Writes the body to a file; on failure the file is what it was before.
   virtual QString exportBody(const BodyId& body, const QString& path) const = 0;
 };

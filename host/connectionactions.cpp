@@ -1,7 +1,6 @@
 // See connectionactions.h.
 #include "connectionactions.h"
 
-#include <algorithm>
 #include <chrono>
 
 #include <QAction>
@@ -18,9 +17,7 @@ namespace korvex2 {
 namespace {
 
 std::unique_ptr<BackendConnection> connectionTo(const BackendAddress& address, int timeout) {
-  NetworkOptions options;
-  options.commandTimeout = std::chrono::milliseconds(timeout);
-  options.connectTimeout = std::max(options.connectTimeout, options.commandTimeout);
+  NetworkOptions options = NetworkOptions::answeredWithin(std::chrono::milliseconds(timeout));
   options.waitAtFirst = false;  // the dialog shows how it goes
   return std::make_unique<NetworkConnection>(address, options);
 }

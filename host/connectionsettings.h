@@ -16,7 +16,8 @@ class ConnectionSettings {
   static constexpr int longestTimeout = 60000;
   static constexpr int usualTimeout = 2000;
 
-  /// Addresses that were connected to, the latest first, each once, as BackendAddress::text() writes them.
+  /// Addresses that the operator chose, the latest first, each once, as BackendAddress::text() writes them: connected
+  /// to, or not reached yet when he went on trying.
   static QStringList recent();
   /// Puts an address in front of the recent ones.
   static void remember(const BackendAddress& address);

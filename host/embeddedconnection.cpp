@@ -83,14 +83,14 @@ BodyFileSummary EmbeddedConnection::summaryOf(const QString& path) const {
   return {static_cast<int>(file.geometry.positions.size()), static_cast<int>(file.geometry.lines.size()), file.problem};
 }
 
-QString EmbeddedConnection::importBody(const BodyId& body, const QString& path) {
+ImportOutcome EmbeddedConnection::importBody(const BodyId& body, const QString& path) {
   const ImportableBody file = readImportableBody(path);
   if (!file.problem.isEmpty()) {
-    return file.problem;
+    return {file.problem};
   }
   const Outcome outcome = database_->setGeometry(keyOf(body), file.geometry);
   live_->publish(liveStateOf(*interpreter_));  // the live lines follow as after a command
-  return outcome.text;
+  return {outcome.text};
 }
 
 QString EmbeddedConnection::exportBody(const BodyId& body, const QString& path) const {

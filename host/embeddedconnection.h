@@ -46,7 +46,7 @@ class EmbeddedConnection : public BackendConnection, private BodyFileStore {
  private:
   QString importObstacle() const override;
   BodyFileSummary summaryOf(const QString& path) const override;
-  QString importBody(const BodyId& body, const QString& path) override;
+  ImportOutcome importBody(const BodyId& body, const QString& path) override;
   QString exportBody(const BodyId& body, const QString& path) const override;
 
   std::unique_ptr<BodyDatabase> database_;

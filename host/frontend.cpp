@@ -65,6 +65,7 @@ void Frontend::connectTo(std::unique_ptr<BackendConnection> connection) {
 
 void Frontend::adoptConnection() {
   link_ = connection_->linkStatus();
+  told_ = link_.state;
   versions_.backend_major = 0;
   versions_.backend_minor = 0;
   versions_.backend_revision = 0;
@@ -95,26 +96,33 @@ void Frontend::followLink() {
     channel_->report(tr("The backend at %1 has version %2 now, no longer %3.")
                          .arg(link_.place, textOf(connection_->version()), former));
   }
-  if (before.state != link_.state) {
-    switch (link_.state) {
-      case LinkState::connected:
-        window_->showSuccess(tr("Connected to the backend at %1.").arg(link_.place));
-        refresh_.start();
-        break;
-      case LinkState::reconnecting:
-        if (before.state == LinkState::connected) {
-          channel_->report(tr("The connection to the backend at %1 was lost: %2. It is being made again.")
-                               .arg(link_.place, link_.reason));
-        }
-        break;
-      case LinkState::lost:
-        channel_->report(tr("The backend at %1 is out of reach: %2. It is tried again now and then; "
-                            "\"Connect again\" in the File menu tries at once.")
-                             .arg(link_.place, link_.reason));
-        break;
-    }
+  if (before.state != link_.state && link_.state == LinkState::connected) {
+    refresh_.start();
+  }
+  if (link_.state != told_ && (link_.state != LinkState::connected || link_.lasts)) {
+    tellOfLink();
   }
   showConnection();
+}
+
+void Frontend::tellOfLink() {
+  const LinkState before = std::exchange(told_, link_.state);
+  switch (link_.state) {
+    case LinkState::connected:
+      window_->showSuccess(tr("Connected to the backend at %1.").arg(link_.place));
+      break;
+    case LinkState::reconnecting:
+      if (before == LinkState::connected) {
+        channel_->report(tr("The connection to the backend at %1 was lost: %2. It is being made again.")
+                             .arg(link_.place, link_.reason));
+      }
+      break;
+    case LinkState::lost:
+      channel_->report(tr("The backend at %1 is out of reach: %2. It is tried again now and then; "
+                          "\"Connect again\" in the File menu tries at once.")
+                           .arg(link_.place, link_.reason));
+      break;
+  }
 }
 
 void Frontend::showConnection() {

@@ -56,12 +56,14 @@ class Frontend : public QObject {
   /// Begins with the connection that was just set.
   void adoptConnection();
   void followLink();
+  void tellOfLink();
   /// Brings the versions up to date; returns whether they were others and known.
   bool adoptVersion();
   void showConnection();
 
   std::unique_ptr<BackendConnection> connection_;
-  LinkStatus link_;  // as last shown
+  LinkStatus link_;                        // as last shown
+  LinkState told_ = LinkState::connected;  // to the operator, in the messages
   BackendVersions versions_;
   std::unique_ptr<HostChannel> channel_;
   std::unique_ptr<MainWindow> window_;

@@ -8,10 +8,12 @@
 
 #include <QByteArray>
 
+#include "livelines.h"
+
 namespace korvex2 {
 
 /// Longest live line that modules are given, without its end: their buffers hold no more.
-constexpr int longestLiveLine = 9999;
+constexpr int longestLiveLine = LiveLines::longestLine;
 
 /// The lines of one frame: "fr NUMBER" first, each ended by a line feed.
 struct LiveDatagram {

@@ -11,7 +11,6 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include "hostlogging.h"
 #include "livedatagram.h"
@@ -30,35 +29,28 @@ constexpr std::chrono::milliseconds afterglow(200);
 
 }  // namespace
 
-Descriptor::~Descriptor() {
-  if (number_ >= 0) {
-    ::close(number_);
-  }
-}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(number_, other.number_);
-  return *this;
-}
-
 LiveReceiver::LiveReceiver() : wake_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)), buffer_(longestDatagram) {}
 
 LiveReceiver::~LiveReceiver() { stop(); }
 
-void LiveReceiver::start(LiveDistributor& distributor) {
+bool LiveReceiver::start(LiveDistributor& distributor) {
+  if (!wake_) {  // a thread that cannot be woken could not be ended either
+    qCWarning(logChannel) << "no live lines: there are too many open files";
+    return false;
+  }
   if (!isRunning()) {
     stopping_ = false;
     thread_ = std::thread([this, &distributor] { run(distributor); });
   }
+  return true;
 }
 
 void LiveReceiver::stop() {
   if (isRunning()) {
     stopping_ = true;
-    ::eventfd_write(wake_.number(), 1);
+    ::eventfd_write(wake_.get(), 1);
     thread_.join();
-    socket_ = Descriptor();
-    told_ = false;
+    socket_ = FileDescriptor();
   }
 }
 
@@ -70,8 +62,8 @@ std::uint16_t LiveReceiver::open(const QHostAddress& own, const QHostAddress& ba
   }
   // Some seconds of lines find room while the thread does not come to run.
   socket.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4 * 1024 * 1024);
-  Descriptor descriptor(::fcntl(static_cast<int>(socket.socketDescriptor()), F_DUPFD_CLOEXEC, 0));
-  if (descriptor.number() < 0) {
+  FileDescriptor descriptor(::fcntl(static_cast<int>(socket.socketDescriptor()), F_DUPFD_CLOEXEC, 0));
+  if (!descriptor) {
     return 0;
   }
   measuring_ = false;
@@ -81,14 +73,14 @@ std::uint16_t LiveReceiver::open(const QHostAddress& own, const QHostAddress& ba
 
 void LiveReceiver::close() {
   measuring_ = false;
-  tell({News::Kind::closed, Descriptor(), QHostAddress(), Clock::now()});
+  tell({News::Kind::closed, FileDescriptor(), QHostAddress(), Clock::now()});
 }
 
 void LiveReceiver::setMeasuring(bool measuring, Clock::time_point asked) {
   // Said again after every command or question that tells it: what a frame announced may have been an error.
-  if (measuring || measuring_ || isMeasuring()) {
+  if (isRunning() && (measuring || measuring_ || isMeasuring())) {
     measuring_ = measuring;
-    tell({measuring ? News::Kind::started : News::Kind::stopped, Descriptor(), QHostAddress(), asked});
+    tell({measuring ? News::Kind::started : News::Kind::stopped, FileDescriptor(), QHostAddress(), asked});
   }
 }
 
@@ -100,7 +92,7 @@ void LiveReceiver::tell(News news) {
     }
     news_.push_back(std::move(news));
   }
-  ::eventfd_write(wake_.number(), 1);
+  ::eventfd_write(wake_.get(), 1);
 }
 
 void LiveReceiver::run(LiveDistributor& distributor) {
@@ -113,17 +105,18 @@ void LiveReceiver::run(LiveDistributor& distributor) {
     for (News& item : news) {
       take(item, distributor);
     }
-    std::array<pollfd, 2> awaited{{{wake_.number(), POLLIN, 0}, {socket_.number(), POLLIN, 0}}};  // -1 is left out
+    std::array<pollfd, 2> awaited{{{wake_.get(), POLLIN, 0}, {socket_.get(), POLLIN, 0}}};  // -1 is left out
     if (::poll(awaited.data(), awaited.size(), -1) < 0) {
       continue;  // a signal
     }
     if (awaited[0].revents != 0) {
       eventfd_t count = 0;
-      ::eventfd_read(wake_.number(), &count);
+      ::eventfd_read(wake_.get(), &count);
     } else if (awaited[1].revents != 0) {
       receive(distributor);
     }
   }
+  setTold(false, distributor);  // nobody else will tell of this measurement's end
 }
 
 void LiveReceiver::take(News& news, LiveDistributor& distributor) {
@@ -163,7 +156,7 @@ void LiveReceiver::receive(LiveDistributor& distributor) {
   for (int i = 0; i < mostInARow && !stopping_; ++i) {
     sockaddr_storage from{};
     socklen_t length = sizeof from;
-    const ssize_t size = ::recvfrom(socket_.number(), buffer_.data(), buffer_.size(), MSG_DONTWAIT,
+    const ssize_t size = ::recvfrom(socket_.get(), buffer_.data(), buffer_.size(), MSG_DONTWAIT,
                                     reinterpret_cast<sockaddr*>(&from), &length);
     if (size < 0) {
       return;  // none is there, or an error of an earlier one: there is nothing to be done about it

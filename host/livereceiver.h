@@ -12,22 +12,11 @@
 
 #include <QHostAddress>
 
+#include "filedescriptor.h"
+
 namespace korvex2 {
 
 class LiveDistributor;
-
-/// A file descriptor that is closed in the end.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  ~Descriptor();
-  Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
-  Descriptor& operator=(Descriptor&& other) noexcept;
-  int number() const { return number_; }
-
- private:
-  int number_;
-};
 
 /// The GUI thread opens a port for each connection and says when a measurement begins and ends; what it says takes
 /// effect in the order it was said. Subscribers are called on the delivery thread only.
@@ -45,8 +34,10 @@ class LiveReceiver {
   LiveReceiver& operator=(const LiveReceiver&) = delete;
 
   /// Begins to deliver; `distributor` must live until stop().
-  void start(LiveDistributor& distributor);
-  /// No subscriber is called when it returns, and none will be. Nothing happens the second time.
+  /// @return false when the system has no descriptors left: nothing is delivered then
+  bool start(LiveDistributor& distributor);
+  /// Subscribers that know of a measurement are told of its end. No subscriber is called when this returns, and none
+  /// will be. Nothing happens the second time.
   void stop();
   bool isRunning() const { return thread_.joinable(); }
 
@@ -71,8 +62,8 @@ class LiveReceiver {
   struct News {
     enum class Kind { opened, closed, started, stopped };
     Kind kind;
-    Descriptor socket;     // opened: where datagrams come
-    QHostAddress backend;  // opened: from whom
+    FileDescriptor socket;  // opened: where datagrams come
+    QHostAddress backend;   // opened: from whom
     Clock::time_point asked;
   };
 
@@ -83,14 +74,14 @@ class LiveReceiver {
   void receive(LiveDistributor& distributor);
   void takeDatagram(int size, LiveDistributor& distributor);
 
-  const Descriptor wake_;
+  const FileDescriptor wake_;
 
   std::mutex mutex_;
   std::vector<News> news_;  // guarded by mutex_
   bool measuring_ = false;  // GUI thread: what was said last
   std::atomic<bool> stopping_{false};
 
-  Descriptor socket_;  // delivery thread only, as are the next ones
+  FileDescriptor socket_;  // delivery thread only, as are the next ones
   QHostAddress backend_;
   std::optional<std::uint64_t> lastFrame_;
   std::optional<Clock::time_point> stoppedAt_;

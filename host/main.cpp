@@ -52,10 +52,7 @@ QString freshDemonstrationDatabase(const QString& demonstrationDir) {
 LiveOptions liveOptions(const ProgramOptions& options, const QString& shipped) {
   LiveOptions live;
   live.rate = options.rate;
-  live.trajectory = options.trajectory;
-  if (live.trajectory.isEmpty() && !shipped.isEmpty()) {
-    live.trajectory = QDir(shipped).filePath(QStringLiteral("trajectories/handheld_xyz.tum"));
-  }
+  live.trajectory = options.trajectory.isEmpty() ? shippedTrajectory(shipped) : options.trajectory;
   return live;
 }
 
@@ -75,10 +72,8 @@ std::unique_ptr<BackendConnection> connectBackend(const ProgramOptions& options)
   if (!options.backend) {
     return simulatedBackend(options);
   }
-  NetworkOptions times;
-  times.commandTimeout =
-      std::chrono::milliseconds(options.timeout > 0 ? options.timeout : ConnectionSettings::timeout());
-  return std::make_unique<NetworkConnection>(*options.backend, times);
+  const std::chrono::milliseconds timeout(options.timeout > 0 ? options.timeout : ConnectionSettings::timeout());
+  return std::make_unique<NetworkConnection>(*options.backend, NetworkOptions::answeredWithin(timeout));
 }
 
 }  // namespace

@@ -54,26 +54,28 @@ BodyFileSummary NetworkBodyFiles::summaryOf(const QString& path) const {
   return {static_cast<int>(file.geometry.positions.size()), static_cast<int>(file.geometry.lines.size()), file.problem};
 }
 
-QString NetworkBodyFiles::importBody(const BodyId& body, const QString& path) {
+ImportOutcome NetworkBodyFiles::importBody(const BodyId& body, const QString& path) {
   const ImportableBody checked = readImportableBody(path);
   const FileContent file = readWholeFile(path);
   for (const QString& problem : {checked.problem, file.problem}) {
     if (!problem.isEmpty()) {
-      return problem;
+      return {problem};
     }
   }
   const QByteArray line = "korvex2 set body file " + placeOf(body) + ' ' + file.bytes.toBase64();
   if (line.size() > Interpreter::longestLine) {
-    return tr("%1 is too large to be sent to the backend").arg(QDir::toNativeSeparators(path));
+    return {tr("%1 is too large to be sent to the backend").arg(QDir::toNativeSeparators(path))};
   }
+  const bool wasConnected = connection_.linkStatus().state == LinkState::connected;
   QByteArray answer;
   if (!connection_.exchange(line, answer)) {
-    return notConnected(connection_);
+    return wasConnected ? ImportOutcome{connection_.linkStatus().reason, true}
+                        : ImportOutcome{notConnected(connection_)};
   }
   if (isRefusal(answer)) {
-    return saidBy(answer);
+    return {saidBy(answer)};
   }
-  return answer == "korvex2 ok" ? QString() : badAnswer();
+  return answer == "korvex2 ok" ? ImportOutcome() : ImportOutcome{badAnswer(), true};
 }
 
 QString NetworkBodyFiles::exportBody(const BodyId& body, const QString& path) const {

@@ -16,7 +16,7 @@ class NetworkBodyFiles : public BodyFileStore {
 
   QString importObstacle() const override;
   BodyFileSummary summaryOf(const QString& path) const override;
-  QString importBody(const BodyId& body, const QString& path) override;
+  ImportOutcome importBody(const BodyId& body, const QString& path) override;
   QString exportBody(const BodyId& body, const QString& path) const override;
 
  private:

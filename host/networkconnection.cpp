@@ -45,6 +45,13 @@ std::optional<BackendVersionNumber> versionIn(const QByteArray& answer) {
 
 }  // namespace
 
+NetworkOptions NetworkOptions::answeredWithin(Milliseconds timeout) {
+  NetworkOptions options;
+  options.commandTimeout = timeout;
+  options.connectTimeout = std::max(options.connectTimeout, timeout);
+  return options;
+}
+
 class NetworkConnection::Link : public BackendLinkOwner {
  public:
   Link(NetworkConnection& connection, const BackendAddress& where, const NetworkOptions& times)
@@ -89,10 +96,8 @@ class NetworkConnection::Link : public BackendLinkOwner {
     }
     if (said != answeredOk && line.startsWith(netLine)) {
       offered = false;
-    } else if (said != answeredOk) {
-      forget(line);
     }
-    return {};
+    return {};  // a kind that is refused is asked for again next time: by then another version may be there
   }
 
   bool takePostedAnswer(const QByteArray& line, const QByteArray& answer, Clock::time_point asked) override {
@@ -139,12 +144,6 @@ class NetworkConnection::Link : public BackendLinkOwner {
       known->active = words[1] == "yes";
     } else if (kinds.size() < mostKinds) {
       kinds.push_back({words[0], words[1] == "yes"});
-    }
-  }
-  void forget(const QByteArray& line) {
-    const auto known = find(line.mid(kindLine.size()).split(' ').constFirst());
-    if (known != kinds.end()) {
-      kinds.erase(known);
     }
   }
   std::vector<Kind>::iterator find(const QByteArray& kind) {
@@ -225,7 +224,10 @@ void NetworkConnection::startLiveLines(LiveDistributor& distributor) {
   }
   const bool connected = link.link.isConnected();  // otherwise a port comes with the next connection
   const std::uint16_t port = connected ? link.receiver.open(link.ownAddress, link.backendAddress) : 0;
-  link.receiver.start(distributor);  // what was said of measurements before is forgotten, and asked for again below
+  if (!link.receiver.start(distributor)) {
+    link.receiver.close();
+    return;
+  }
   QByteArray answer;
   if (port != 0 && exchange(netLine + "udp " + QByteArray::number(port), answer)) {
     link.offered = withoutLineEnd(answer) == answeredOk;

@@ -21,10 +21,16 @@ struct NetworkOptions {
   /// Waiting times before the attempts to connect again; the last one goes on and on.
   std::vector<Milliseconds> retryDelays{Milliseconds(0),    Milliseconds(250),  Milliseconds(500), Milliseconds(1000),
                                         Milliseconds(2000), Milliseconds(4000), Milliseconds(5000)};
-  Milliseconds lostAfter{30000};   ///< without success, the connection counts as lost
-  Milliseconds lostDelay{10000};   ///< between attempts from then on
-  Milliseconds stableAfter{2000};  ///< a connection that ends sooner does not begin the waiting times anew
-  bool waitAtFirst = true;         ///< whether the constructor waits for the first attempt
+  Milliseconds lostAfter{30000};  ///< without success, the connection counts as lost
+  Milliseconds lostDelay{10000};  ///< between attempts from then on
+  /// A connection that ends sooner was no success: neither the waiting times nor the time until the connection counts
+  /// as lost begin anew.
+  Milliseconds stableAfter{2000};
+  bool waitAtFirst = true;  ///< whether the constructor waits for the first attempt
+
+  /// The usual times, with another one for commands. The first exchanges of a connection have as much time: a backend
+  /// that is slow to answer could not be connected to otherwise.
+  static NetworkOptions answeredWithin(Milliseconds timeout);
 };
 
 /// One command at a time: exchange() waits for its answer without running an event loop. An answer that is not there

@@ -1,78 +1,35 @@
 // See programoptions.h.
 #include "programoptions.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 
 #include <QCoreApplication>
 
 #include "connectionsettings.h"
-#include "livesource.h"
+#include "programarguments.h"
 
 namespace korvex2 {
 
 namespace {
 
-const char* const programName = "korvex2-frontend";
-
 QString tr(const char* text) { return QCoreApplication::translate("ProgramOptions", text); }
 
-[[noreturn]] void fail(const QString& message) {
-  std::fprintf(stderr, "%s: %s\n", programName, qPrintable(message));
-  std::exit(EXIT_FAILURE);
-}
-
-/// A folder, or a file; `what` says which.
-QString pathValue(const QCommandLineParser& parser, const QCommandLineOption& option, const QString& what) {
-  if (!parser.isSet(option)) {
-    return {};
-  }
-  const QString value = parser.value(option);
-  if (value.isEmpty()) {
-    fail(tr("the option --%1 needs %2").arg(option.names().constFirst(), what));
-  }
-  return value;
-}
-
-QString folderValue(const QCommandLineParser& parser, const QCommandLineOption& option) {
-  return pathValue(parser, option, tr("a folder"));
-}
-
-int numberValue(const QCommandLineParser& parser, const QCommandLineOption& option, int lowest, int highest,
-                int usual) {
-  if (!parser.isSet(option)) {
-    return usual;
-  }
-  const QString value = parser.value(option);
-  bool ok = false;
-  const int number = value.toInt(&ok);
-  if (!ok || number < lowest || number > highest) {
-    fail(tr("the option --%1 needs a whole number from %2 to %3, not \"%4\"")
-             .arg(option.names().constFirst())
-             .arg(lowest)
-             .arg(highest)
-             .arg(value));
-  }
-  return number;
-}
-
-std::optional<BackendAddress> addressValue(const QCommandLineParser& parser, const QCommandLineOption& option,
+std::optional<BackendAddress> addressValue(const ProgramArguments& given, const QCommandLineOption& option,
                                            const QList<QCommandLineOption>& simulation) {
-  if (!parser.isSet(option)) {
+  if (!given.isSet(option)) {
     return std::nullopt;
   }
   QString problem;
-  const std::optional<BackendAddress> address = BackendAddress::parse(parser.value(option), &problem);
+  const std::optional<BackendAddress> address = BackendAddress::parse(given.value(option), &problem);
   if (!address) {
-    fail(tr("the option --%1 needs HOST or HOST:PORT, not \"%2\": %3")
-             .arg(option.names().constFirst(), parser.value(option), problem));
+    given.fail(tr("the option --%1 needs HOST or HOST:PORT, not \"%2\": %3")
+                   .arg(option.names().constFirst(), given.value(option), problem));
   }
   for (const QCommandLineOption& other : simulation) {
-    if (parser.isSet(other)) {
-      fail(tr("the option --%1 is for the simulated backend in this program and does not go together with --%2")
-               .arg(other.names().constFirst(), option.names().constFirst()));
+    if (given.isSet(other)) {
+      given.fail(tr("the option --%1 is for the simulated backend in this program and does not go together with --%2")
+                     .arg(other.names().constFirst(), option.names().constFirst()));
     }
   }
   return address;
@@ -81,11 +38,6 @@ std::optional<BackendAddress> addressValue(const QCommandLineParser& parser, con
 }  // namespace
 
 ProgramOptions parseProgramOptions(const QStringList& arguments) {
-  QCommandLineParser parser;
-  parser.setApplicationDescription(
-      tr("Front end of an optical tracking system: loads modules and connects them with a tracking backend."));
-  const QCommandLineOption help = parser.addHelpOption();
-  const QCommandLineOption version = parser.addVersionOption();
   const QCommandLineOption pluginDir(QStringLiteral("plugin-dir"),
                                      tr("Load modules from this folder only. Without it they are looked for in the "
                                         "folders of the variable KORVEX2_MODULE_PATH, where the program was built, in "
@@ -98,16 +50,8 @@ ProgramOptions parseProgramOptions(const QStringList& arguments) {
   const QCommandLineOption demonstration(QStringLiteral("demo"),
                                          tr("Show what the program does, write pictures into this folder, and end."),
                                          QStringLiteral("folder"));
-  const QCommandLineOption trajectory(QStringLiteral("trajectory"),
-                                      tr("Recorded motion of the first standard body: one pose a line, \"seconds x y z "
-                                         "qx qy qz qw\", in metres. Without it the one that comes with the program."),
-                                      QStringLiteral("file"));
-  const QCommandLineOption rate(QStringLiteral("rate"),
-                                tr("Frames of live tracking lines a second, %1 to %2; without it %3.")
-                                    .arg(LiveSource::lowestRate)
-                                    .arg(LiveSource::highestRate)
-                                    .arg(LiveSource::defaultRate),
-                                QStringLiteral("hertz"));
+  const QCommandLineOption trajectory = ProgramArguments::trajectoryOption();
+  const QCommandLineOption rate = ProgramArguments::rateOption();
   const QCommandLineOption backend(
       QStringLiteral("backend"),
       tr("Connect to a backend on the network (port %1 unless told otherwise); without it the simulated backend in "
@@ -122,31 +66,20 @@ ProgramOptions parseProgramOptions(const QStringList& arguments) {
           .arg(ConnectionSettings::longestTimeout)
           .arg(ConnectionSettings::usualTimeout),
       QStringLiteral("milliseconds"));
-  parser.addOptions({pluginDir, database, trajectory, rate, backend, timeout, list, demonstration});
-
-  if (!parser.parse(arguments)) {
-    fail(parser.errorText());
-  }
-  if (parser.isSet(version)) {
-    std::printf("%s %s\n", programName, qPrintable(QCoreApplication::applicationVersion()));
-    std::exit(EXIT_SUCCESS);
-  }
-  if (parser.isSet(help) || parser.isSet(QStringLiteral("help-all"))) {
-    parser.showHelp(EXIT_SUCCESS);
-  }
-  if (!parser.positionalArguments().isEmpty()) {
-    fail(tr("unexpected argument \"%1\"").arg(parser.positionalArguments().constFirst()));
-  }
+  ProgramArguments given(
+      "korvex2-frontend",
+      tr("Front end of an optical tracking system: loads modules and connects them with a tracking backend."),
+      {pluginDir, database, trajectory, rate, backend, timeout, list, demonstration});
+  given.parse(arguments);
   ProgramOptions options;
-  options.pluginDir = folderValue(parser, pluginDir);
-  options.databaseDir = folderValue(parser, database);
-  options.demonstrationDir = folderValue(parser, demonstration);
-  options.trajectory = pathValue(parser, trajectory, tr("a file"));
-  options.rate = numberValue(parser, rate, LiveSource::lowestRate, LiveSource::highestRate, LiveSource::defaultRate);
-  options.timeout =
-      numberValue(parser, timeout, ConnectionSettings::shortestTimeout, ConnectionSettings::longestTimeout, 0);
-  options.backend = addressValue(parser, backend, {database, trajectory, rate});
-  options.listModules = parser.isSet(list);
+  options.pluginDir = given.folder(pluginDir);
+  options.databaseDir = given.folder(database);
+  options.demonstrationDir = given.folder(demonstration);
+  options.trajectory = given.file(trajectory);
+  options.rate = given.rate(rate);
+  options.timeout = given.number(timeout, ConnectionSettings::shortestTimeout, ConnectionSettings::longestTimeout, 0);
+  options.backend = addressValue(given, backend, {database, trajectory, rate});
+  options.listModules = given.isSet(list);
   return options;
 }
 

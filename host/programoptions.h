@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include <QCommandLineParser>
 #include <QString>
+#include <QStringList>
 
 #include "backendaddress.h"
 

@@ -152,7 +152,11 @@ void ClientConnection::appendDestinations(std::vector<Destination>& destinations
       continue;
     }
     if (datagrams_ == nullptr) {
-      datagrams_ = std::make_shared<const FileDescriptor>(datagramSocket(ownAddress(socket_)));
+      FileDescriptor socket = datagramSocket(ownAddress(socket_));
+      if (!socket) {
+        return;  // the system has none left just now
+      }
+      datagrams_ = std::make_shared<const FileDescriptor>(std::move(socket));
     }
     destinations.push_back({datagrams_, peer_.withPort(channel.udpPort), kindsOf(channel.kinds)});
   }

@@ -68,7 +68,8 @@ class ClientConnection {
   QString takeDropReason() { return std::exchange(dropReason_, QString()); }
   bool wasDropped() const { return dropped_; }
 
-  /// Where its channels' frames go. Opens the socket for them with the first.
+  /// Where its channels' frames go. Opens the socket for them with the first; when the system has none left, they go
+  /// nowhere until this is called again.
   void appendDestinations(std::vector<Destination>& destinations);
 
  private:

@@ -2,6 +2,7 @@
 #include <QCoreApplication>
 #include <QDir>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -22,8 +23,13 @@ using namespace korvex2;
 volatile std::sig_atomic_t stopDescriptor = -1;
 
 extern "C" void stopServer(int) {
+  const int interrupted = errno;  // of whatever runs just now
+  const int descriptor = stopDescriptor;
   const char byte = 0;
-  static_cast<void>(::write(stopDescriptor, &byte, 1) == 1);
+  if (descriptor >= 0) {
+    static_cast<void>(::write(descriptor, &byte, 1) == 1);
+  }
+  errno = interrupted;
 }
 
 /// SIGTERM and SIGINT end the program in good order.
@@ -68,10 +74,7 @@ std::unique_ptr<BodyDatabase> openServedDatabase(const ServerOptions& options, c
 
 int serve(const ServerOptions& options) {
   const QString shipped = shippedDataFolder(QCoreApplication::applicationDirPath());
-  QString trajectory = options.trajectory;
-  if (trajectory.isEmpty() && !shipped.isEmpty()) {
-    trajectory = QDir(shipped).filePath(QStringLiteral("trajectories/handheld_xyz.tum"));
-  }
+  const QString trajectory = options.trajectory.isEmpty() ? shippedTrajectory(shipped) : options.trajectory;
   QStringList problems;
   Motion motion = motionWith(trajectory, problems);
   for (const QString& problem : problems) {
@@ -95,6 +98,7 @@ int serve(const ServerOptions& options) {
   std::printf("korvex2-backend: listening on %s\n", server.address().text().constData());
   std::fflush(stdout);
   server.run();
+  stopDescriptor = -1;  // the server, and with it the descriptor, goes; the number may become another file's
   return 0;
 }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <string>
@@ -291,4 +292,26 @@ TEST(LiveThread, EndsWithItsSource) {
     source.publish(stateOf(measuring));
     source.start(sink);
   }
+}
+
+TEST(LiveThread, TellsTheEndOfAMeasurementThatGoesOnWithoutItsSink) {
+  SinkRecorder sink;
+  LiveSource source(LiveLines(), 1000);
+  source.publish(stateOf(true));
+  source.start(sink);
+  ASSERT_TRUE(holdsInTime([&] { return sink.calls().size() > 3; }));
+  source.stop();
+  Calls calls = sink.takeCalls();
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "stopped"), 1);
+  EXPECT_EQ(calls.back(), "stopped");
+  source.stop();
+  EXPECT_EQ(sink.calls(), Calls{});
+  source.start(sink);
+  ASSERT_TRUE(holdsInTime([&] { return !sink.calls().empty(); }));
+  EXPECT_EQ(sink.calls().front(), "started") << "it never ended for the backend";
+  source.publish(stateOf(false));
+  ASSERT_TRUE(holdsInTime([&] { return sink.calls().back() == "stopped"; }));
+  source.stop();
+  calls = sink.takeCalls();
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "stopped"), 1) << "told already";
 }

@@ -231,3 +231,40 @@ TEST_F(BodyFiles, LivePosesFollowAnImportWhileTheMeasurementRuns) {
   EXPECT_TRUE(holdsInTime([&] { return table() == measured; }));
   EXPECT_EQ(frontend->channel().unregister_requester("6d", &recorder), 0);
 }
+
+namespace {
+
+/// Takes every file and never says so.
+class ForgetfulStore : public BodyFileStore {
+ public:
+  QString importObstacle() const override { return {}; }
+  BodyFileSummary summaryOf(const QString&) const override { return {3, 0, {}}; }
+  ImportOutcome importBody(const BodyId&, const QString&) override {
+    return {QStringLiteral("the backend closed the connection"), true};
+  }
+  QString exportBody(const BodyId&, const QString&) const override { return {}; }
+};
+
+}  // namespace
+
+TEST_F(BodyFiles, AnImportWhoseAnswerWasLostIsToldAsWhatItIs) {
+  ForgetfulStore store;
+  BodySummary cup;
+  cup.type = "standard";
+  cup.typeDescription = "Standard body";
+  cup.number = 1;
+  cup.description = "Cup";
+  BodyImportDialog dialog(store, {cup}, cup.id());
+  QStringList told;
+  QObject::connect(&dialog, &BodyFileDialog::failed, &dialog, [&told](const QString& text) { told += text; });
+  QObject::connect(&dialog, &BodyFileDialog::succeeded, &dialog, [&told](const QString& text) { told += text; });
+  dialog.show();
+  choose(dialog, written("cup.body", triangle));
+  const QString text =
+      "The answer to the import was lost (the backend closed the connection): Cup (Standard body 01) may have taken "
+      "the file or not. The list of bodies shows how many markers it has now; the file can be imported again.";
+  expectFailure("Import body file", text);
+  QTest::mouseClick(confirm(dialog), Qt::LeftButton);
+  EXPECT_EQ(told, QStringList{text});
+  EXPECT_TRUE(dialog.isVisible());
+}

@@ -48,18 +48,18 @@ class NetworkFiles : public testing::Test {
 TEST_F(NetworkFiles, AFileGoesToTheBackendAsItIs) {
   const QByteArray line = "korvex2 set body file standard b03 " + content.toBase64();
   backend.answers[line] = "korvex2 ok";
-  EXPECT_EQ(files.importBody(cup, written("cup.body", content)).toStdString(), "");
+  EXPECT_EQ(files.importBody(cup, written("cup.body", content)).problem.toStdString(), "");
   EXPECT_EQ(backend.sent, std::vector<QByteArray>{line});
 }
 
 TEST_F(NetworkFiles, AFileIsCheckedBeforeItTravels) {
   const QString file = written("bad.body", "3\n1 2 3\n4 five 6\n");
-  const std::string problem = files.importBody(cup, file).toStdString();
+  const std::string problem = files.importBody(cup, file).problem.toStdString();
   EXPECT_EQ(problem.rfind(QDir::toNativeSeparators(file).toStdString() + ", line 3: ", 0), 0u) << problem;
   EXPECT_EQ(files.summaryOf(file).problem.toStdString(), problem);
   EXPECT_TRUE(backend.sent.empty());
-  EXPECT_NE(files.importBody(cup, path("missing.body")).toStdString(), "");
-  EXPECT_NE(files.importBody(cup, place.path()).toStdString(), "");
+  EXPECT_NE(files.importBody(cup, path("missing.body")).problem.toStdString(), "");
+  EXPECT_NE(files.importBody(cup, place.path()).problem.toStdString(), "");
   EXPECT_TRUE(backend.sent.empty());
 }
 
@@ -82,10 +82,10 @@ TEST_F(NetworkFiles, AFileThatFitsNoLineIsNotSent) {
     answer = "korvex2 ok";
     return true;
   };
-  EXPECT_EQ(files.importBody(cup, file).toStdString(), "");
+  EXPECT_EQ(files.importBody(cup, file).problem.toStdString(), "");
   ASSERT_EQ(backend.sent.size(), 1u);
   EXPECT_LE(backend.sent[0].size(), 131072);
-  EXPECT_EQ(files.importBody(cup, written("large.body", fits + "   ")).toStdString(),
+  EXPECT_EQ(files.importBody(cup, written("large.body", fits + "   ")).problem.toStdString(),
             QDir::toNativeSeparators(file).toStdString() + " is too large to be sent to the backend");
   EXPECT_EQ(backend.sent.size(), 1u);
 }
@@ -95,9 +95,29 @@ TEST_F(NetworkFiles, WhatTheBackendRefusesIsToldInItsWords) {
     answer = "korvex2 err 7 \"the configuration is locked\"";
     return true;
   };
-  EXPECT_EQ(files.importBody(cup, written("cup.body", content)).toStdString(), "the configuration is locked");
+  EXPECT_EQ(files.importBody(cup, written("cup.body", content)).problem.toStdString(), "the configuration is locked");
   EXPECT_EQ(files.exportBody(cup, path("out.body")).toStdString(), "the configuration is locked");
   EXPECT_FALSE(QFile::exists(path("out.body")));
+}
+
+TEST_F(NetworkFiles, WhetherTheBodyHasTakenAFileIsNotKnownWhenTheAnswerIsLostOrMakesNoSense) {
+  const QString file = written("cup.body", content);
+  EXPECT_TRUE(files.importBody(cup, file).mayHaveTaken) << "no answer";
+  ASSERT_EQ(backend.sent.size(), 1u);
+  for (const char* answer : {"korvex2 set a 7", ""}) {
+    backend.respond = [answer](const QByteArray&, QByteArray& said) {
+      said = answer;
+      return true;
+    };
+    const ImportOutcome outcome = files.importBody(cup, file);
+    EXPECT_EQ(outcome.problem.toStdString(), "the backend gave an answer that makes no sense");
+    EXPECT_TRUE(outcome.mayHaveTaken);
+  }
+  backend.respond = [](const QByteArray&, QByteArray& said) {
+    said = "korvex2 err 7 \"the configuration is locked\"";
+    return true;
+  };
+  EXPECT_FALSE(files.importBody(cup, file).mayHaveTaken);
 }
 
 TEST_F(NetworkFiles, ALockedConfigurationIsKnownBeforeAFileIsLookedFor) {
@@ -142,6 +162,7 @@ TEST(NetworkFilesOffline, TellWhyNothingGoes) {
   file.close();
   const std::string text = "the backend is not connected: no backend listens there";
   EXPECT_EQ(files.importObstacle().toStdString(), text);
-  EXPECT_EQ(files.importBody(cup, file.fileName()).toStdString(), text);
+  EXPECT_EQ(files.importBody(cup, file.fileName()).problem.toStdString(), text);
+  EXPECT_FALSE(files.importBody(cup, file.fileName()).mayHaveTaken);
   EXPECT_EQ(files.exportBody(cup, place.filePath("out.body")).toStdString(), text);
 }

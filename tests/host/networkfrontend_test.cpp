@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QFile>
 #include <QLabel>
 #include <QSettings>
 #include <QStatusBar>
@@ -16,7 +17,9 @@
 #include <chrono>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
+#include "bodyfilestore.h"
 #include "connectionstatuslabel.h"
 #include "linerecorder.h"
 #include "lineserver.h"
@@ -49,12 +52,13 @@ class NetworkFrontEnd : public testing::Test {
                       "korvex2 set body number_of_marker standard b01 " + QByteArray::number(markers));
   }
   std::unique_ptr<NetworkConnection> connection() const { return connectionTo(server); }
-  static std::unique_ptr<NetworkConnection> connectionTo(const LineServer& backend) {
+  static std::unique_ptr<NetworkConnection> connectionTo(const LineServer& backend,
+                                                         std::chrono::milliseconds stableAfter = 0ms) {
     NetworkOptions options;
     options.commandTimeout = 300ms;
     options.heartbeat = 60000ms;
     options.retryDelays = {0ms, 20ms};
-    options.stableAfter = 0ms;
+    options.stableAfter = stableAfter;
     options.lostAfter = 250ms;
     options.lostDelay = 60000ms;
     return std::make_unique<NetworkConnection>(BackendAddress{QStringLiteral("127.0.0.1"), backend.port()}, options);
@@ -147,6 +151,34 @@ TEST_F(NetworkFrontEnd, ABackendOutOfReachForLongIsToldOnce) {
   server.listenAgain();
   entry("connectAgain")->trigger();
   ASSERT_TRUE(becomes(LinkState::connected));
+}
+
+TEST_F(NetworkFrontEnd, ABackendThatDropsEverybodyAtOnceIsToldOnceAndItsReturnWhenItLasts) {
+  frontend = std::make_unique<Frontend>(connectionTo(server, 400ms));
+  server.react([this](const QByteArray& line) {
+    Reaction reaction = server.usual(line);
+    reaction.close = line != "korvex2 get version";
+    return reaction;
+  });
+  server.cut();
+  ASSERT_TRUE(becomes(LinkState::lost));
+  EXPECT_GE(server.connections(), 3);
+  entry("connectAgain")->trigger();
+  ASSERT_TRUE(becomes(LinkState::lost));
+  const std::string outOfReach = "!The backend at " + place() +
+                                 " is out of reach: the backend closed the connection. It is tried again now and "
+                                 "then; \"Connect again\" in the File menu tries at once.";
+  Texts expected{"!The connection to the backend at " + place() +
+                     " was lost: the backend closed the connection. It is being made again.",
+                 outOfReach, outOfReach};  // the operator tried again in between
+  EXPECT_EQ(reports(), expected);
+  server.react({});
+  entry("connectAgain")->trigger();
+  ASSERT_TRUE(becomes(LinkState::connected));
+  EXPECT_EQ(label("connectionStatus"), "Connected to " + place());
+  EXPECT_EQ(reports(), expected) << "it may break at once again";
+  expected.push_back("Connected to the backend at " + place() + ".");
+  EXPECT_TRUE(QTest::qWaitFor([&] { return reports() == expected; }, 3000));
 }
 
 TEST_F(NetworkFrontEnd, AClickOnTheStatusTriesAtOnce) {
@@ -272,6 +304,64 @@ TEST_F(NetworkFrontEnd, SubscribersFollowToTheOtherBackendsLines) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return status->toolTip().contains("1 frames that came twice"); }, 3000))
       << status->toolTip().toStdString();
   frontend->channel().unregister_requester("6d", &recorder);
+}
+
+TEST_F(NetworkFrontEnd, SubscribersAreToldThatAMeasurementEndsWithItsConnection) {
+  /// Knows on which threads it was called.
+  class ThreadRecorder : public LineRecorder {
+   public:
+    void set_mea_started() override {
+      startedOn = std::this_thread::get_id();
+      LineRecorder::set_mea_started();
+    }
+    void set_mea_stopped() override {
+      stoppedOn = std::this_thread::get_id();
+      LineRecorder::set_mea_stopped();
+    }
+    std::atomic<std::thread::id> startedOn{};
+    std::atomic<std::thread::id> stoppedOn{};
+  };
+  server.setAnswer("korvex2 get status active", "korvex2 set status active mea");
+  start();
+  ThreadRecorder recorder;
+  for (const char* tag : {"6d", "6dw"}) {
+    frontend->channel().register_requester(tag, &recorder);
+  }
+  ASSERT_TRUE(QTest::qWaitFor([&] { return frontend->connection().liveStatus().measuring; }, 3000));
+  recorder.takeCalls();  // perhaps it subscribed before it was told
+  LineServer other;
+  tellOf(other, "Table", 4);
+  frontend->connectTo(connectionTo(other));
+  EXPECT_EQ(recorder.calls(), Texts{"stopped"});
+  EXPECT_NE(recorder.stoppedOn.load(), std::this_thread::get_id());
+  EXPECT_FALSE(frontend->connection().liveStatus().measuring);
+  other.setAnswer("korvex2 get status active", "korvex2 set status active mea");
+  char answer[200];
+  EXPECT_EQ(frontend->channel().get_string(answer, "status active"), 0);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return recorder.calls().size() == 2; }, 3000));
+  frontend->shutdown();
+  EXPECT_EQ(recorder.calls(), (Texts{"stopped", "started", "stopped"}));
+  EXPECT_EQ(recorder.startedOn.load(), recorder.stoppedOn.load()) << "the delivery thread";
+  for (const char* tag : {"6d", "6dw"}) {
+    frontend->channel().unregister_requester(tag, &recorder);
+  }
+}
+
+TEST_F(NetworkFrontEnd, ALostAnswerToAnImportIsNotToldAsAFailure) {
+  start();
+  server.setAnswer("korvex2 get config is_changeable", "korvex2 set config is_changeable yes");
+  const QString path = settings.filePath("cup.body");
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("3\n0 0 0\n100 0 0\n0 50 0\n") > 0);
+  file.close();
+  server.react([this](const QByteArray& line) {
+    return line.startsWith("korvex2 set body file ") ? Reaction{"", 0, false, true} : server.usual(line);
+  });
+  BodyFileStore* store = frontend->connection().bodyFiles();
+  ASSERT_NE(store, nullptr);
+  const ImportOutcome outcome = store->importBody({"standard", 1}, path);
+  EXPECT_TRUE(outcome.mayHaveTaken);
+  EXPECT_EQ(outcome.problem.toStdString(), "the backend closed the connection");
 }
 
 TEST_F(NetworkFrontEnd, EndsWhileItIsNotConnected) {

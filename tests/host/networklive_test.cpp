@@ -10,11 +10,15 @@
 #include <string>
 #include <thread>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include "commalocale.h"
 #include "linerecorder.h"
 #include "lineserver.h"
 #include "livedatagram.h"
 #include "livedistributor.h"
+#include "livereceiver.h"
 #include "networkconnection.h"
 
 using namespace korvex2;
@@ -293,13 +297,37 @@ TEST_F(NetworkLive, WithTheConnectionTheMeasurementEndsAndFrameNumbersBeginAnew)
 TEST_F(NetworkLive, AfterItsEndNobodyIsCalled) {
   setMeasuring(true);
   callsOf(1);
-  const std::size_t calls = recorder.calls().size();
   connection->stopLiveLines();
+  EXPECT_EQ(recorder.calls(), (Calls{"started", "stopped"})) << "there is nobody else to tell of the end";
   send("fr 1\n");
+  connection->stopLiveLines();
   QTest::qWait(30);
-  EXPECT_EQ(recorder.calls().size(), calls);
+  EXPECT_EQ(recorder.calls(), (Calls{"started", "stopped"}));
   EXPECT_TRUE(QTest::qWaitFor([this] { return server.lines().back() == "korvex2 set output net chmon none"; }, 3000));
   EXPECT_EQ(connection->linkStatus().state, LinkState::connected);
+}
+
+TEST_F(NetworkLive, ItsEndTellsNothingWhereNothingIsMeasured) {
+  connection->stopLiveLines();
+  EXPECT_EQ(recorder.calls(), Calls{});
+}
+
+TEST(LiveReceiver, WithoutADescriptorToWakeItNothingIsDelivered) {
+  rlimit usual{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+  const int next = ::dup(0);
+  ASSERT_GE(next, 0);
+  ::close(next);
+  rlimit none = usual;
+  none.rlim_cur = static_cast<rlim_t>(next);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  LiveReceiver receiver;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+  LiveDistributor distributor;
+  EXPECT_FALSE(receiver.start(distributor));
+  EXPECT_FALSE(receiver.isRunning());
+  receiver.setMeasuring(true);
+  receiver.stop();
 }
 
 TEST_F(NetworkLive, ItsEndIsPromptWhileDatagramsPourIn) {

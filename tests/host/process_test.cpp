@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <string>
 
+#include "lineserver.h"
 #include "modulefiles.h"
 
 namespace {
@@ -120,6 +121,31 @@ TEST_F(Program, RefusesARateThatIsNoneAndATrajectoryWithoutAName) {
   const Ended refused = run({"--list-modules", "--trajectory", ""});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_TRUE(says(refused.err, "--trajectory needs a file")) << refused.err;
+}
+
+TEST_F(Program, ABackendThatIsSlowToAnswerIsConnectedToWithALongTimeOut) {
+  LineServer backend;
+  backend.react([&backend](const QByteArray& line) {
+    Reaction reaction = backend.usual(line);
+    reaction.delay = line == "korvex2 get version" ? 2200 : 0;  // longer than a connection has without --timeout
+    return reaction;
+  });
+  QProcess process;
+  QProcessEnvironment environment = environmentOfTheProgram();
+  environment.insert("QT_QPA_PLATFORM", "offscreen");
+  process.setProcessEnvironment(environment);
+  process.start(FRONTEND_PROGRAM, {"--plugin-dir", files.path(), "--timeout", "20000", "--backend",
+                                   "127.0.0.1:" + QString::number(backend.port())});
+  QElapsedTimer clock;
+  clock.start();
+  // It is asked for more as soon as it is connected; a second connection would be another attempt.
+  while (backend.heartbeats() == 0 && backend.connections() < 2 && clock.elapsed() < 20000 &&
+         !process.waitForFinished(20)) {
+  }
+  EXPECT_GT(backend.heartbeats(), 0);
+  EXPECT_EQ(backend.connections(), 1);
+  process.kill();
+  process.waitForFinished();
 }
 
 TEST_F(Program, RefusesAnAddressThatIsNone) {

@@ -5,6 +5,9 @@
 #include <string>
 #include <thread>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include "runningserver.h"
 #include "udpreceiver.h"
 
@@ -88,6 +91,26 @@ TEST_F(ServerLive, FramesFollowWhileClientsComeAndGo) {
     ASSERT_GE(frameOf(other.datagram()), 0);
     ASSERT_GE(frameOf(receiver.datagram()), 0);
   }
+}
+
+TEST_F(ServerLive, AClientForWhichNoSocketWasLeftGetsItsLinesWhenOneIs) {
+  TcpClient client = connect();
+  ASSERT_EQ(client.ask("korvex2 tracking start"), "korvex2 ok");
+  UdpReceiver receiver;
+  rlimit usual{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+  const int next = ::dup(0);
+  ASSERT_GE(next, 0);
+  ::close(next);
+  rlimit none = usual;
+  none.rlim_cur = static_cast<rlim_t>(next);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const std::string answer = client.ask("korvex2 set output net chmon udp " + receiver.port());
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+  EXPECT_EQ(answer, "korvex2 ok");
+  EXPECT_EQ(receiver.datagram(std::chrono::milliseconds(30)), "(none)");
+  EXPECT_EQ(client.ask("korvex2 set output active chmon 6dw2 yes"), "korvex2 ok");
+  EXPECT_GE(frameOf(receiver.datagram()), 0);
 }
 
 TEST_F(ServerLive, StopsWhileFramesAreSent) {

@@ -201,6 +201,17 @@ TEST_F(BackendProgram, EndsCleanlyOnEitherSignalWithTheDatabaseSaved) {
   }
 }
 
+TEST_F(BackendProgram, EndsCleanlyAlsoWhenItIsToldSoAgainAndAgain) {
+  for (int i = 0; i < 5; ++i) {
+    ASSERT_TRUE(start());
+    const auto pid = static_cast<pid_t>(process.processId());
+    for (int n = 0; n < 100 && ::kill(pid, n % 2 == 0 ? SIGTERM : SIGINT) == 0; ++n) {
+    }
+    EXPECT_EQ(ended().exitCode, 0);
+    EXPECT_FALSE(QFile::exists(folder() + "/catalogue.json.lock"));
+  }
+}
+
 TEST_F(BackendProgram, EndsInTheMiddleOfWorkWithEverythingThatWasAcknowledged) {
   ASSERT_TRUE(start({"--rate", "1000"}));
   TcpClient client(port);
