@@ -73,12 +73,12 @@ void BackendLink::tryAgain() {
     retries_ = 0;
     lost_.start(options_.lostAfter);
     setStatus(LinkState::reconnecting, status_.reason);
+  status_.lasts = false;
   }
   if (stage_ == Stage::waiting) {
     retry_.stop();
     ++retries_;
     attempt();
-  status_.lasts = false;
   }
 }
 
@@ -143,6 +143,8 @@ void BackendLink::opened() {
   }
   post(heartbeatLine);  // whether a measurement runs
   emit attemptEnded();
+    case QAbstractSocket::RemoteHostClosedError:
+      return fail(tr("the backend closed the connection"));
 }
 
 bool BackendLink::exchange(const QByteArray& line, QByteArray& answer) {
@@ -159,6 +161,7 @@ bool BackendLink::exchange(const QByteArray& line, QByteArray& answer) {
   while (!posted_.empty()) {
     QByteArray earlier;
     if (!goesOn(socket_->readLine(earlier, deadline)) || !accept(earlier)) {
+  connector_->abort();                  // closes its own descriptor only; it would read what comes for the other one
       return false;
     }
   }
@@ -190,15 +193,15 @@ void BackendLink::read() {
     const Result taken = socket_->takeLine(line);
     if (taken == Result::notYet) {
       break;
-    }
-    if (!goesOn(taken) || !accept(line)) {
-      return;
 void BackendLink::lasts() {
   lost_.stop();
   retries_ = 0;
   setStatus(LinkState::connected, QString(), true);
 }
 
+    }
+    if (!goesOn(taken) || !accept(line)) {
+      return;
     }
   }
   if (stage_ == Stage::connected && posted_.empty() && socket_->hasRest()) {
@@ -327,7 +330,6 @@ void BackendLink::setStatus(LinkState state, const QString& reason, bool lasts) 
   // The program may have been too busy to hear of the time.
   const bool lasted = wasConnected && (status_.lasts || Clock::now() - connectedSince_ >= options_.stableAfter);
   // Connections that do not last are no success: the time until the backend counts as lost goes on.
-  const LinkState state = !wasConnected        ? status_.state
-                          : lost_.isActive() ? LinkState::reconnecting
-                                             : LinkState::lost;
+  const LinkState broken = lost_.isActive() ? LinkState::reconnecting : LinkState::lost;
+  const LinkState state = wasConnected ? broken : status_.state;
     status_.lasts = lasts;
