@@ -3,6 +3,7 @@
 #define KORVEX2_HOST_BACKENDCONNECTION_H
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QString>
 #include <QStringList>
 
@@ -44,10 +45,10 @@ struct LinkStatus {
   LinkState state = LinkState::connected;
   QString place;   ///< "127.0.0.1:27410"; empty for a backend inside this program
   QString reason;  ///< while not connected: why, as part of a sentence ("the backend closed the connection")
-};
   /// While connected: whether the connection has lasted for a while. One that is made and breaks at once, again and
   /// again, is nothing to tell anybody each time.
   bool lasts = true;
+};
 
 /// A way to a backend: one line of text goes there, one line comes back.
 /// All operations are called on the GUI thread.
@@ -61,6 +62,10 @@ class BackendConnection {
   /// Sends one protocol line and waits for its answer; neither carries a line end. The implementation bounds the wait.
   /// @return false when the line was not delivered or not answered; `answer` is meaningless then
   virtual bool exchange(const QByteArray& line, QByteArray& answer) = 0;
+  /// Same for some lines that follow each other, 64 KiB together at most. Over a network they travel together, and wait
+  /// for their answers together as long as one line would.
+  /// @return the answers in the order of the lines; they end before the first line that was not answered
+  virtual QByteArrayList exchangeTogether(const QByteArrayList& lines);
   /// While the backend is not connected, exchange() returns false at once.
   virtual LinkStatus linkStatus() const { return {}; }
   /// Has `listener` called whenever linkStatus() or version() has changed; an empty one ends that. It may be called

@@ -2,6 +2,7 @@
 #include "backendlink.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include <QEventLoop>
 #include <QLocale>
@@ -11,6 +12,7 @@
 
 #include <fcntl.h>
 
+#include "channeltext.h"
 #include "hostlogging.h"
 
 namespace korvex2 {
@@ -18,6 +20,49 @@ namespace korvex2 {
 namespace {
 
 const QByteArray heartbeatLine = QByteArrayLiteral("korvex2 get status active");
+
+/// A query that follows the answer to another one so soon belongs to the same burst: looking first whether something
+/// came unasked in between would cost a tenth of its time. Its answer tells what was asked; "korvex2 ok" does not, so
+/// before any other line the look is taken.
+constexpr std::chrono::microseconds sameBreath(200);
+
+bool isOneLine(const QByteArray& line) { return !line.contains('\n') && !line.contains('\0'); }
+
+constexpr int headLength = 12;  // of the two that follow
+
+bool isQuery(const QByteArray& line) { return line.startsWith("korvex2 get "); }
+
+bool isValue(const QByteArray& answer) { return answer.startsWith("korvex2 set "); }
+
+/// Takes the next word off the front of a text; empty when there is none.
+std::string_view takeWord(std::string_view& text) {
+  constexpr std::string_view blanks(" \t");
+  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+  const std::string_view word = text.substr(0, text.find_first_of(blanks));
+  text.remove_prefix(word.size());
+  return word;
+}
+
+/// Whether an answer repeats the query that it is for. The backend puts one blank where there are several.
+bool belongsTo(const QByteArray& query, const QByteArray& answer) {
+  if (!isValue(answer)) {
+    return false;
+  }
+  const auto behindHead = [](const QByteArray& line) {
+    return std::string_view(line.constData() + headLength, static_cast<std::size_t>(line.size() - headLength));
+  };
+  std::string_view asked = behindHead(query);
+  std::string_view told = behindHead(answer);
+  if (told.size() >= asked.size() && told.compare(0, asked.size(), asked) == 0) {
+    return told.size() == asked.size() || told[asked.size()] == ' ' || asked.empty() || asked.back() == ' ';
+  }
+  for (std::string_view word = takeWord(asked); !word.empty(); word = takeWord(asked)) {
+    if (word != takeWord(told)) {
+      return false;
+    }
+  }
+  return true;
+}
 
 QString inSeconds(std::chrono::milliseconds time) {
   return QLocale::c().toString(static_cast<double>(time.count()) / 1000.0, 'g', 3);
@@ -28,6 +73,7 @@ QString inSeconds(std::chrono::milliseconds time) {
 BackendLink::BackendLink(BackendLinkOwner& owner, const BackendAddress& address, const NetworkOptions& options)
     : owner_(owner), address_(address), options_(options) {
   status_.state = LinkState::reconnecting;
+  status_.lasts = false;
   status_.place = address_.text();
   for (QTimer* timer : {&retry_, &limit_, &heartbeat_, &patience_, &lasting_, &lost_}) {
     timer->setSingleShot(true);
@@ -73,7 +119,6 @@ void BackendLink::tryAgain() {
     retries_ = 0;
     lost_.start(options_.lostAfter);
     setStatus(LinkState::reconnecting, status_.reason);
-  status_.lasts = false;
   }
   if (stage_ == Stage::waiting) {
     retry_.stop();
@@ -98,6 +143,8 @@ void BackendLink::attemptFailed() {
       return fail(tr("no backend listens there"));
     case QAbstractSocket::HostNotFoundError:
       return fail(tr("the host is not known"));
+    case QAbstractSocket::RemoteHostClosedError:
+      return fail(tr("the backend closed the connection"));
     default:
       return fail(connector_->errorString());
   }
@@ -114,6 +161,7 @@ void BackendLink::takeOver() {
     return fail(qt_error_string());
   }
   connector_->disconnect(this);
+  connector_->abort();                  // closes its own descriptor only; it would read what comes for the other one
   connector_.release()->deleteLater();  // it is just calling
 
   socket_ = std::make_unique<LineSocket>(descriptor, options_.commandTimeout);
@@ -143,37 +191,83 @@ void BackendLink::opened() {
   }
   post(heartbeatLine);  // whether a measurement runs
   emit attemptEnded();
-    case QAbstractSocket::RemoteHostClosedError:
-      return fail(tr("the backend closed the connection"));
+}
+
+void BackendLink::lasts() {
+  lost_.stop();
+  retries_ = 0;
+  setStatus(LinkState::connected, QString(), true);
 }
 
 bool BackendLink::exchange(const QByteArray& line, QByteArray& answer) {
-  if (stage_ != Stage::connected || line.contains('\n') || line.contains('\0')) {
-    case QAbstractSocket::RemoteHostClosedError:
-      return fail(tr("the backend closed the connection"));
+  if (stage_ != Stage::connected || !isOneLine(line)) {
     return false;
   }
-  const Clock::time_point deadline = Clock::now() + options_.commandTimeout;
-  read();  // what has come unasked must not be taken for the answer
-  if (stage_ != Stage::connected || !goesOn(socket_->write(line + '\n', deadline))) {
+  const Clock::time_point now = Clock::now();
+  const Clock::time_point deadline = now + options_.commandTimeout;
+  if (!beginExchange(line + '\n', isQuery(line), now, deadline) || !takeAnswer(line, answer, deadline)) {
+    return false;
+  }
+  endExchange();
+  return true;
+}
+
+QByteArrayList BackendLink::exchangeTogether(const QByteArrayList& lines) {
+  QByteArrayList answers;
+  if (stage_ != Stage::connected || lines.isEmpty() || !std::all_of(lines.begin(), lines.end(), isOneLine)) {
+    return answers;
+  }
+  const bool onlyQueries = std::all_of(lines.begin(), lines.end(), isQuery);
+  const Clock::time_point now = Clock::now();
+  const Clock::time_point deadline = now + options_.commandTimeout;
+  if (!beginExchange(lines.join('\n') + '\n', onlyQueries, now, deadline)) {
+    return answers;
+  }
+  answers.reserve(lines.size());
+  for (const QByteArray& line : lines) {
+    QByteArray answer;
+    if (!takeAnswer(line, answer, deadline)) {
+      return answers;
+    }
+    answers += answer;
+  }
+  endExchange();
+  return answers;
+}
+
+bool BackendLink::beginExchange(const QByteArray& bytes, bool onlyQueries, Clock::time_point now,
+                                Clock::time_point deadline) {
+  if (!onlyQueries || now - lastTraffic_ > sameBreath) {
+    read();  // what has come unasked must not be taken for the answer
+  }
+  if (stage_ != Stage::connected || !goesOn(socket_->write(bytes, deadline))) {
     return false;
   }
   while (!posted_.empty()) {
     QByteArray earlier;
     if (!goesOn(socket_->readLine(earlier, deadline)) || !accept(earlier)) {
-  connector_->abort();                  // closes its own descriptor only; it would read what comes for the other one
       return false;
     }
   }
+  return true;
+}
+
+bool BackendLink::takeAnswer(const QByteArray& line, QByteArray& answer, Clock::time_point deadline) {
   if (!goesOn(socket_->readLine(answer, deadline))) {
     return false;
   }
-  connector_->abort();                  // closes its own descriptor only; it would read what comes for the other one
-  lastTraffic_ = Clock::now();
-  if (socket_->hasRest()) {
-    fail(tr("the backend sent more than was asked for"));  // the answer is good all the same: it came first
+  if (isQuery(line) && !belongsTo(line, answer) && !isRefusal(answer)) {
+    fail(tr("the backend answered another question"));
+    return false;
   }
   return true;
+}
+
+void BackendLink::endExchange() {
+  lastTraffic_ = Clock::now();
+  if (socket_->hasRest()) {
+    fail(tr("the backend sent more than was asked for"));  // the answers are good all the same: they came first
+  }
 }
 
 void BackendLink::post(const QByteArray& line) {
@@ -193,12 +287,6 @@ void BackendLink::read() {
     const Result taken = socket_->takeLine(line);
     if (taken == Result::notYet) {
       break;
-void BackendLink::lasts() {
-  lost_.stop();
-  retries_ = 0;
-  setStatus(LinkState::connected, QString(), true);
-}
-
     }
     if (!goesOn(taken) || !accept(line)) {
       return;
@@ -298,6 +386,8 @@ void BackendLink::giveUpSocket() {
 
 void BackendLink::fail(const QString& reason) {
   const bool wasConnected = stage_ == Stage::connected;
+  // The program may have been too busy to hear of the time.
+  const bool lasted = wasConnected && (status_.lasts || Clock::now() - connectedSince_ >= options_.stableAfter);
   if (socket_) {
     socket_->abort();
   }
@@ -308,6 +398,9 @@ void BackendLink::fail(const QString& reason) {
     retries_ = 0;
     lost_.start(options_.lostAfter);
   }
+  // Connections that do not last are no success: the time until the backend counts as lost goes on.
+  const LinkState broken = lost_.isActive() ? LinkState::reconnecting : LinkState::lost;
+  const LinkState state = wasConnected ? broken : status_.state;
   const auto& delays = options_.retryDelays;
   const bool seldom = delays.empty() || state == LinkState::lost;
   retry_.start(seldom ? options_.lostDelay : delays[std::min(retries_, delays.size() - 1)]);
@@ -322,14 +415,9 @@ void BackendLink::setStatus(LinkState state, const QString& reason, bool lasts) 
   if (status_.state != state || status_.reason != reason || status_.lasts != lasts) {
     status_.state = state;
     status_.reason = reason;
+    status_.lasts = lasts;
     owner_.linkChanged();
   }
 }
 
 }  // namespace korvex2
-  // The program may have been too busy to hear of the time.
-  const bool lasted = wasConnected && (status_.lasts || Clock::now() - connectedSince_ >= options_.stableAfter);
-  // Connections that do not last are no success: the time until the backend counts as lost goes on.
-  const LinkState broken = lost_.isActive() ? LinkState::reconnecting : LinkState::lost;
-  const LinkState state = wasConnected ? broken : status_.state;
-    status_.lasts = lasts;

@@ -70,8 +70,9 @@ class BackendLink : public QObject {
   /// How often a connection was made.
   int connections() const { return connections_; }
 
-  /// See BackendConnection::exchange().
+  /// See BackendConnection::exchange() and exchangeTogether().
   bool exchange(const QByteArray& line, QByteArray& answer);
+  QByteArrayList exchangeTogether(const QByteArrayList& lines);
   /// Sends a line whose answer is not waited for, see takePostedAnswer(). Nothing happens while not connected.
   void post(const QByteArray& line);
 
@@ -95,6 +96,10 @@ class BackendLink : public QObject {
   void opened();
   /// Takes what has arrived; afterwards nothing unasked for is left, or the connection is no more.
   void read();
+  /// Sends lines and takes the answers that come first: to posted lines.
+  bool beginExchange(const QByteArray& bytes, bool onlyQueries, Clock::time_point now, Clock::time_point deadline);
+  bool takeAnswer(const QByteArray& line, QByteArray& answer, Clock::time_point deadline);
+  void endExchange();
   /// @return false when the line was the connection's end
   bool accept(const QByteArray& line);
   /// @return false when the connection is no more, because of this result
@@ -124,12 +129,12 @@ class BackendLink : public QObject {
   QTimer limit_;      // end of the present attempt
   QTimer heartbeat_;  // next look at the time since lastTraffic_
   QTimer patience_;   // for the answers to posted lines
+  QTimer lasting_;    // until the connection is a success
   QTimer lost_;       // until the connection counts as lost
   Clock::time_point lastTraffic_;
   Clock::time_point connectedSince_;
   std::size_t retries_ = 0;
   int connections_ = 0;
-  QTimer lasting_;    // until the connection is a success
 };
 
 }  // namespace korvex2

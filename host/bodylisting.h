@@ -26,8 +26,9 @@ struct BodySummary {
   QString title() const;
 };
 
-/// Asks the backend for its bodies, type by type. A query that fails ends the listing with what was found so far.
-/// The queries bypass the channel, so that the traffic shown to the operator is that of the modules.
+/// Asks the backend for its bodies, many queries at once: on a slow network the way to the backend and back is what
+/// takes the time. A query that fails ends the listing with what was found so far. The queries bypass the channel, so
+/// that the traffic shown to the operator is that of the modules.
 std::vector<BodySummary> listBodies(BackendConnection& connection);
 
 }  // namespace korvex2

@@ -3,6 +3,7 @@
 #define KORVEX2_HOST_CHANGEGUARD_H
 
 #include <map>
+#include <optional>
 #include <utility>
 
 #include <QByteArray>
@@ -12,34 +13,38 @@ namespace korvex2 {
 
 class BackendConnection;
 
-/// A transform or the deletion of a marker is meant for the markers that its sender knows. Another program may have
-/// changed them since, or the sender's own command did, whose answer was lost: then doing it would do harm, and doing
-/// it a second time would do it twice.
+/// A change of a body's markers is meant for the markers that its sender knows. Another program may have changed them
+/// since, or the sender's own command did, whose answer was lost: then a transform would be done twice, and markers
+/// that are written back would wipe out what the other program was told to be done.
 ///
-/// So before a module asks for a body's number of markers, which is how reading it begins, the backend is asked for the
-/// body's state, a digest of its markers; and before a relative change the backend is told to refuse it in any other
-/// state. A change that was answered with success ends what is known of the body; one without an answer does not, for
-/// the state tells whether it was carried out.
+/// So with a body's number of markers, which is how reading it begins, the body's state is asked for, a digest of its
+/// markers, and noted. Every change of a body with a note travels between two lines: in front the backend is told to
+/// refuse the change in any other state, behind it is asked which state the change has made, and that becomes the note.
+/// When the change succeeded but that answer did not come, or nothing came at all, the note stays as it was: until the
+/// body is read again its changes are refused then, for nobody knows what its sender believes. For the same reason a
+/// reading that breaks off does not count.
+///
+/// The same state means the same markers at every backend, so notes outlast a connection.
 class ChangeGuard {
  public:
-  enum class Verdict {
-    go,          ///< the line may be sent
-    refused,     ///< it must not: `answer` says why
-    notAnswered  ///< the backend is out of reach
-  };
-
-  /// Looks at a line that is about to be sent, and asks the backend what is needed for it.
-  Verdict before(BackendConnection& connection, const QByteArray& line, QByteArray& answer);
-  /// Learns from the answer to the line. Not to be called when none came: then what is known stays.
-  /// @return what the operator has to be told; usually nothing
-  QString after(const QByteArray& line, const QByteArray& answer);
-  /// Another backend from now on.
-  void clear() { states_.clear(); }
+  /// As BackendConnection::exchange(). `told` is set to what the operator has to be told, which is rarely anything.
+  bool exchange(BackendConnection& connection, const QByteArray& line, QByteArray& answer, QString& told);
 
  private:
   using Body = std::pair<QByteArray, int>;  // type and number
+  struct Note {
+    QByteArray state;
+    QByteArray before;  // what was noted before the body was read again; empty when nothing was
+    bool told = false;  // the operator knows that the markers are other ones
+  };
+  using Notes = std::map<Body, Note>;
 
-  std::map<Body, QByteArray> states_;
+  bool beginReading(BackendConnection& connection, const Body& body, const QByteArray& line, QByteArray& answer);
+  void readingBrokeOff(const std::optional<Body>& body);
+  bool change(BackendConnection& connection, Notes::iterator noted, const QByteArray& line, QByteArray& answer,
+              QString& told);
+
+  Notes notes_;
 };
 
 }  // namespace korvex2

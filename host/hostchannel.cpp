@@ -52,10 +52,7 @@ const char* const HostChannel::hostName = "Front end";
 
 HostChannel::HostChannel(BackendConnection* connection, QObject* parent) : QObject(parent), connection_(connection) {}
 
-void HostChannel::setConnection(BackendConnection* connection) {
-  connection_ = connection;
-  guard_.clear();
-}
+void HostChannel::setConnection(BackendConnection* connection) { connection_ = connection; }
 
 bool HostChannel::onOwnThread(const char* operation) const {
   if (QThread::currentThread() == thread()) {
@@ -92,21 +89,16 @@ int HostChannel::exchange(const QByteArray& line, QByteArray& answer) {
   if (connection_ == nullptr) {
     return notAnswered;
   }
-  const bool guarded = connection_->sharesBackend();
   QByteArray received;
-  ChangeGuard::Verdict verdict = guarded ? guard_.before(*connection_, line, received) : ChangeGuard::Verdict::go;
-  if (verdict == ChangeGuard::Verdict::go && !connection_->exchange(line, received)) {
-    verdict = ChangeGuard::Verdict::notAnswered;
-  }
-  if (verdict == ChangeGuard::Verdict::notAnswered) {
+  QString told;
+  const bool answered = connection_->sharesBackend() ? guard_.exchange(*connection_, line, received, told)
+                                                     : connection_->exchange(line, received);
+  if (!answered) {
     return notAnswered;
   }
   answer = withoutLineEnd(received);
-  if (guarded && verdict == ChangeGuard::Verdict::go) {
-    const QString told = guard_.after(line, answer);
-    if (!told.isEmpty()) {
-      report(told);
-    }
+  if (!told.isEmpty()) {
+    report(told);
   }
   return success;
 }

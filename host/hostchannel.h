@@ -34,8 +34,8 @@ class BackendConnection;
 /// asked for on success, else it is empty; but a raw command leaves the raw answer in it whenever one came that fits, a
 /// refusal too. Numbers are written on success only. Null pointers are refused with wrongArgument.
 ///
-/// Where other programs reach the same backend, changes that build on what a module has read are guarded, see
-/// ChangeGuard; a refused one is told to the operator.
+/// Where other programs reach the same backend, changes of markers that a module has read are guarded, see ChangeGuard;
+/// a refused one is told to the operator.
 ///
 /// Operations with the backend run on the thread this object lives on (the GUI thread) and are refused elsewhere;
 /// subscriptions may be made and ended on any thread.

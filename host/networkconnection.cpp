@@ -118,6 +118,17 @@ class NetworkConnection::Link : public BackendLinkOwner {
     }
   }
 
+  void learn(const QByteArray& line, const QByteArray& answer, Clock::time_point asked) {
+    if (!line.startsWith("korvex2 get ") || line == statusLine) {
+      watch(line, answer, asked);
+    }
+  }
+  void learnNothing(const QByteArray& line) {
+    if (line.startsWith(kindLine)) {
+      remember(line);
+    }
+  }
+
   /// Learns from a command and its answer.
   void watch(const QByteArray& line, const QByteArray& said, Clock::time_point asked) {
     if (line == statusLine) {
@@ -181,16 +192,17 @@ const NetworkOptions& NetworkConnection::options() const { return link_->options
 bool NetworkConnection::exchange(const QByteArray& line, QByteArray& answer) {
   const Clock::time_point asked = Clock::now();
   const bool answered = link_->link.exchange(line, answer);
-  if (!answered) {
-    if (line.startsWith(kindLine)) {
-      link_->remember(line);
-    }
-    return false;
+  answered ? link_->learn(line, answer, asked) : link_->learnNothing(line);
+  return answered;
+}
+
+QByteArrayList NetworkConnection::exchangeTogether(const QByteArrayList& lines) {
+  const Clock::time_point asked = Clock::now();
+  const QByteArrayList answers = link_->link.exchangeTogether(lines);
+  for (int i = 0; i < lines.size(); ++i) {
+    i < answers.size() ? link_->learn(lines[i], answers[i], asked) : link_->learnNothing(lines[i]);
   }
-  if (!line.startsWith("korvex2 get ") || line == statusLine) {
-    link_->watch(line, answer, asked);
-  }
-  return true;
+  return answers;
 }
 
 LinkStatus NetworkConnection::linkStatus() const { return link_->link.status(); }

@@ -35,7 +35,7 @@ struct NetworkOptions {
 
 /// One command at a time: exchange() waits for its answer without running an event loop. An answer that is not there
 /// in time costs the connection, so that it can never be taken for the answer to another command when it does come;
-/// so does a line nobody waits for, and an answer longer than 256 KiB.
+/// so does a line nobody waits for, an answer to a query that belongs to another query, and one longer than 256 KiB.
 ///
 /// A connection that broke is made anew from the event loop, that of a modal dialog included. Before it counts as
 /// connected, the backend has told its version, and knows again where live lines go and which of them modules had
@@ -51,6 +51,7 @@ class NetworkConnection : public BackendConnection {
   const NetworkOptions& options() const;
 
   bool exchange(const QByteArray& line, QByteArray& answer) override;
+  QByteArrayList exchangeTogether(const QByteArrayList& lines) override;
   LinkStatus linkStatus() const override;
   void setLinkListener(std::function<void()> listener) override;
   void tryAgain() override;

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 #include "scriptedconnection.h"
 
 using namespace korvex2;
@@ -24,7 +27,68 @@ ScriptedConnection& withOneBody(ScriptedConnection& backend) {
   return backend;
 }
 
+/// As many bodies as wanted; keeps how many lines went together.
+class ManyBodies : public ScriptedConnection {
+ public:
+  explicit ManyBodies(int standard, int devices) {
+    answer(*this, "body number_of_types", "2");
+    answer(*this, "body type t01", "standard");
+    answer(*this, "body type t02", "wandgrip");
+    for (const auto& [type, count] : {std::make_pair(QByteArray("standard"), standard), {"wandgrip", devices}}) {
+      answer(*this, "body type_desc " + type, "\"" + type.toUpper() + '"');
+      answer(*this, "body number_of_bodies " + type, QByteArray::number(count));
+      for (int n = 1; n <= count; ++n) {
+        const QByteArray key = type + (n < 10 ? " b0" : " b") + QByteArray::number(n);
+        answer(*this, "body desc " + key, '"' + key + '"');
+        answer(*this, "body calibrated " + key, n % 2 == 0 ? "yes" : "no");
+        answer(*this, "body number_of_marker " + key, QByteArray::number(n));
+      }
+    }
+  }
+  QByteArrayList exchangeTogether(const QByteArrayList& lines) override {
+    batches.push_back(lines.size());
+    return ScriptedConnection::exchangeTogether(lines);
+  }
+
+  std::vector<int> batches;
+};
+
 }  // namespace
+
+TEST(BodyListing, AsksInBatches) {
+  ManyBodies backend(50, 20);
+  const std::vector<BodySummary> bodies = listBodies(backend);
+  ASSERT_EQ(bodies.size(), 70u);
+  EXPECT_EQ(backend.batches, (std::vector<int>{1, 2, 4, 48, 48, 48, 48, 18}));
+  for (std::size_t i = 0; i < bodies.size(); ++i) {
+    const int number = static_cast<int>(i < 50 ? i + 1 : i - 49);
+    EXPECT_EQ(bodies[i].type, i < 50 ? "standard" : "wandgrip");
+    EXPECT_EQ(bodies[i].typeDescription, bodies[i].type.toUpper());
+    EXPECT_EQ(bodies[i].number, number);
+    EXPECT_EQ(bodies[i].markers, number);
+    EXPECT_EQ(bodies[i].calibrated, number % 2 == 0);
+    EXPECT_TRUE(bodies[i].description.startsWith(bodies[i].type + " b"));
+  }
+}
+
+TEST(BodyListing, GivesUpAtTheFirstBatchThatIsNotAnswered) {
+  ManyBodies backend(50, 20);
+  backend.answers.erase("korvex2 get body calibrated standard b20");  // in the second batch of bodies
+  const std::vector<BodySummary> bodies = listBodies(backend);
+  ASSERT_EQ(bodies.size(), 19u);
+  EXPECT_EQ(bodies[18].markers, 19);
+  EXPECT_EQ(backend.batches, (std::vector<int>{1, 2, 4, 48, 48}));
+}
+
+TEST(BodyListing, ASecondTypeThatCannotBeReadLeavesTheFirst) {
+  ManyBodies backend(3, 2);
+  answer(backend, "body number_of_bodies wandgrip", "many");
+  EXPECT_EQ(listBodies(backend).size(), 3u);
+  answer(backend, "body type t02", "");
+  EXPECT_EQ(listBodies(backend).size(), 3u);
+  backend.answers.erase("korvex2 get body type t02");
+  EXPECT_EQ(listBodies(backend).size(), 3u);
+}
 
 TEST(BodyListing, AsksTypeByTypeAndBodyByBody) {
   ScriptedConnection backend;

@@ -6,9 +6,12 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <atomic>
 #include <chrono>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "commalocale.h"
 #include "hostchannel.h"
@@ -190,6 +193,141 @@ TEST_F(Network, ALineBehindTheAnswerLeavesTheAnswerGoodAndEndsTheConnection) {
   EXPECT_EQ(ask("korvex2 get a"), "korvex2 set a 7");
   EXPECT_FALSE(isConnected());
   EXPECT_EQ(reason(), "the backend sent more than was asked for");
+}
+
+TEST_F(Network, AnAnswerToAnotherQueryEndsTheConnection) {
+  for (const char* other : {"korvex2 set b 7", "korvex2 set ab 7", "korvex2 set", "korvex2 ok", "", "korvex2 get a",
+                            "korvex2 errand", "korvex2 set b a"}) {
+    server.setAnswer("korvex2 get a", other);
+    makeConnection();
+    EXPECT_EQ(ask("korvex2 get a"), "(none)") << other;
+    EXPECT_EQ(reason(), "the backend answered another question") << other;
+  }
+}
+
+TEST_F(Network, AnAnswerIsKnownByItsWordsOrIsARefusal) {
+  makeConnection();
+  for (const auto& [query, answer] : std::vector<std::pair<QByteArray, QByteArray>>{
+           {"korvex2 get body  desc\tx", "korvex2 set body desc x \"y\""},
+           {"korvex2 get a", "korvex2 set a"},
+           {"korvex2 get a ", "korvex2 set a"},
+           {"korvex2 get a  ", "korvex2 set a 1"},
+           {"korvex2 get  a", "korvex2 set a 1"},
+           {"korvex2 get a b", "korvex2 err 5"},
+           {"korvex2 get ", "korvex2 err 2 \"there is no such query\""},
+           {"korvex2 set a 7", "korvex2 set b 7"},  // no query: its sender sees what is wrong with it
+           {"korvex2  get a", "korvex2 ok"}}) {
+    server.setAnswer(query, answer);
+    EXPECT_EQ(ask(query), answer.toStdString()) << query.toStdString();
+  }
+  EXPECT_EQ(server.connections(), 1);
+}
+
+TEST_F(Network, AnUnaskedLineInABurstIsNeverTakenForTheAnswerToACommand) {
+  server.setAnswer("korvex2 get a", "korvex2 set a 7");
+  server.setAnswer("korvex2 body transform", "korvex2 err 7 \"the configuration is locked\"");
+  for (int round = 0; round < 10; ++round) {
+    makeConnection();
+    EXPECT_EQ(ask("korvex2 get a"), "korvex2 set a 7");
+    server.send("korvex2 ok\n");
+    EXPECT_EQ(ask("korvex2 get a"), "(none)");
+    makeConnection();
+    EXPECT_EQ(ask("korvex2 get a"), "korvex2 set a 7");
+    server.send("korvex2 ok\n");
+    EXPECT_EQ(ask("korvex2 body transform"), "(none)");
+    EXPECT_EQ(reason(), "the backend sent more than was asked for");
+  }
+}
+
+TEST_F(Network, LinesThatBelongTogetherAreSentTogetherAndAnsweredInOrder) {
+  makeConnection();
+  server.takeLines();
+  server.setAnswer("korvex2 get a", "korvex2 set a 7");
+  server.setAnswer("korvex2 body turn", "korvex2 ok");
+  server.react([&](const QByteArray& line) {
+    Reaction reaction = server.usual(line);
+    reaction.delay = line == "korvex2 get status active" ? 0 : 60;
+    return reaction;
+  });
+  QElapsedTimer timer;
+  timer.start();
+  const QByteArrayList lines{"korvex2 get a", "korvex2 get b", "korvex2 body turn"};
+  EXPECT_EQ(connection->exchangeTogether(lines),
+            (QByteArrayList{"korvex2 set a 7", "korvex2 err 2 \"there is no such query\"", "korvex2 ok"}));
+  EXPECT_LT(timer.elapsed(), 140) << "one after the other they would take 180 ms";
+  EXPECT_EQ(server.lines(), std::vector<QByteArray>(lines.begin(), lines.end()));
+  EXPECT_EQ(connection->exchangeTogether({}), QByteArrayList());
+  EXPECT_EQ(connection->exchangeTogether({"korvex2 get a", "korvex2 get\na"}), QByteArrayList());
+  EXPECT_EQ(server.lines().size(), 3u);
+}
+
+TEST_F(Network, AnswersToSeveralLinesMaySplitAnywhere) {
+  makeConnection();
+  server.setAnswer("korvex2 get a", "korvex2 set a 7");
+  server.setAnswer("korvex2 get b", "korvex2 set b 8");
+  const QByteArrayList answers{"korvex2 set a 7", "korvex2 set b 8", "korvex2 set a 7"};
+  const QByteArray whole = answers.join('\n') + '\n';
+  for (int split = 0; split < whole.size(); ++split) {
+    std::atomic<int> taken{0};
+    server.react([&](const QByteArray& line) {
+      if (line == "korvex2 get status active") {
+        return server.usual(line);
+      }
+      return ++taken == 3 ? Reaction{whole.left(split)} : Reaction::silence();
+    });
+    std::thread rest([&] {
+      while (taken < 3) {
+        QThread::usleep(100);
+      }
+      QThread::usleep(300);
+      server.send(whole.mid(split));
+    });
+    const bool same = connection->exchangeTogether({"korvex2 get a", "korvex2 get b", "korvex2 get a"}) == answers;
+    rest.join();
+    ASSERT_TRUE(same) << split;
+  }
+  EXPECT_EQ(server.connections(), 1);
+}
+
+TEST_F(Network, SeveralLinesHaveOneDeadlineAndTheAnswersThatCameCount) {
+  makeConnection();
+  server.react([&](const QByteArray& line) {
+    Reaction reaction = server.usual(line);
+    reaction.delay = line == "korvex2 get a" ? 100 : line == "korvex2 get b" ? 200 : 0;
+    return reaction;
+  });
+  server.setAnswer("korvex2 get a", "korvex2 set a 1");
+  server.setAnswer("korvex2 get b", "korvex2 set b 1");
+  QElapsedTimer timer;
+  timer.start();
+  EXPECT_EQ(connection->exchangeTogether({"korvex2 get a", "korvex2 get b"}), QByteArrayList{"korvex2 set a 1"});
+  EXPECT_GE(timer.elapsed(), 140);
+  EXPECT_LT(timer.elapsed(), 195) << "the second answer was there after 200 ms";
+  EXPECT_FALSE(isConnected());
+  EXPECT_EQ(reason(), "the backend did not answer within 0.15 s");
+  EXPECT_EQ(connection->exchangeTogether({"korvex2 get a"}), QByteArrayList()) << "at once, while not connected";
+}
+
+TEST_F(Network, AConnectionThatEndsBetweenAnswersLeavesThoseThatCame) {
+  server.react([&](const QByteArray& line) {
+    Reaction reaction = server.usual(line);
+    reaction.close = line == "korvex2 body turn";
+    return reaction;
+  });
+  server.setAnswer("korvex2 body turn", "korvex2 ok");
+  makeConnection();
+  EXPECT_EQ(connection->exchangeTogether({"korvex2 body expect", "korvex2 body turn", "korvex2 get a"}),
+            (QByteArrayList{"korvex2 err 2 \"there is no such query\"", "korvex2 ok"}));
+  EXPECT_FALSE(isConnected());
+}
+
+TEST_F(Network, AnAnswerToAnotherQueryAmongSeveralKeepsThoseBeforeIt) {
+  makeConnection();
+  server.setAnswer("korvex2 get a", "korvex2 set a 7");
+  server.setAnswer("korvex2 get b", "korvex2 set a 7");
+  EXPECT_EQ(connection->exchangeTogether({"korvex2 get a", "korvex2 get b", "korvex2 get a"}),
+            QByteArrayList{"korvex2 set a 7"});
+  EXPECT_EQ(reason(), "the backend answered another question");
 }
 
 TEST_F(Network, AnAnswerWithoutAnEndIsGivenUpAt256KiB) {

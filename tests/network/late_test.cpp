@@ -1,4 +1,5 @@
 // Answers and commands that come later than the host waits.
+#include <QElapsedTimer>
 #include <QTest>
 
 #include <atomic>
@@ -64,6 +65,64 @@ TEST_F(Late, AnAnswerToAnApplyIsTakenForNothingElseAndTheApplyIsNotRepeated) {
     expectNear(host->shown(), movedAlong(before, 0, 14));
   });
   expectSoundDatabase();
+}
+
+// What the first apply has made could not be read any more. The second one, whose answer is lost, must not become a
+// third when the operator tries again.
+TEST_F(Late, AnApplyAfterWhichTheBodyCouldNotBeReadIsFollowedByNoneUntilItIs) {
+  const auto cutAt = [this](const std::function<bool(const PassingLine&)>& where, const Fate& cut) {
+    relay->onLine([this, where, cut](const PassingLine& line) {
+      if (!where(line)) {
+        return Fate::pass();
+      }
+      relay->onLine(nullptr);
+      return cut;
+    });
+  };
+  const auto isTransformed = [](const PassingLine& line) { return line.isAnswerTo("korvex2 body transform "); };
+  const std::vector<std::function<bool(const PassingLine&)>> places = {
+      isTransformed, [](const PassingLine& line) { return line.isAnswerTo("korvex2 get body state standard b01"); },
+      [](const PassingLine& line) { return line.isAnswerTo("korvex2 get body number_of_marker standard b01"); },
+      [](const PassingLine& line) { return line.isAnswerTo("korvex2 get body marker standard b01 m02"); }};
+  std::vector<Position> now = before;
+  for (const auto& place : places) {
+    host->run([&] {
+      host->choose(cupRow);
+      host->move("14");
+      cutAt(place, Fate::cutAfter());
+      host->click("apply_button");
+      now = movedAlong(now, 0, 14);
+      ASSERT_TRUE(comesBack());
+      EXPECT_FALSE(host->takeReports().contains(transformFailed)) << "it was answered";
+      expectNear(storedMarkers(), now);
+
+      host->move("5");
+      cutAt(isTransformed, Fate::cutBefore());
+      host->click("apply_button");
+      ASSERT_TRUE(comesBack());
+      relay->onLine(nullptr);
+      const std::vector<Position> afterSecond = storedMarkers();
+      EXPECT_TRUE(areNear(afterSecond, now) || areNear(afterSecond, movedAlong(now, 0, 5)));
+      host->enter("body_pos_xyzWidget", 1, "3");
+      host->click("apply_button");
+      EXPECT_TRUE(host->takeReports().contains(changedReport("standard b01")));
+      EXPECT_EQ(storedMarkers(), afterSecond) << "nothing twice";
+      now = afterSecond;
+    });
+  }
+  expectSoundDatabase();
+}
+
+TEST_F(Late, ACallWithItsGuardTakesNoLongerThanOneTimeOut) {
+  korvex2::HostChannel& channel = host->frontend.channel();
+  relay->onLine(
+      [](const PassingLine& line) { return line.isAnswerTo("korvex2 get body ") ? Fate::late(350ms) : Fate::pass(); });
+  QElapsedTimer timer;
+  timer.start();
+  int markers = 0;
+  EXPECT_EQ(channel.get_int(&markers, "body number_of_marker standard b01"), 0);
+  EXPECT_EQ(markers, 5);
+  EXPECT_LT(timer.elapsed(), 400) << "both questions were under way at the same time";
 }
 
 TEST_F(Late, AnAnswerToAQueryIsNotTheNextOnes) {

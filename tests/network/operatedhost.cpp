@@ -45,7 +45,8 @@ void closeEverything() {
 QString changedReport(const char* body) {
   return QStringLiteral(
              "The markers of %1 were changed since they were read: by another program, or by a command whose answer "
-             "was lost. Choose the body again to see them as they are.")
+             "was lost. Read them again before you change them: choose another body and then this one, or close the "
+             "dialog and open it again.")
       .arg(QLatin1String(body));
 }
 

@@ -1,6 +1,9 @@
 // Two hosts at one backend.
 #include <QDoubleSpinBox>
+#include <QFile>
+#include <QTemporaryDir>
 
+#include "bodyfilestore.h"
 #include "operatedhost.h"
 #include "plainclient.h"
 
@@ -120,6 +123,112 @@ TEST_F(TwoHosts, ADiscardDoesNotTouchABodyThatTheOtherHasChangedSince) {
     EXPECT_TRUE(host->takeReports().contains(transformFailed));
   });
   expectNear(storedMarkers(), movedAlong(before, 0, 19));
+}
+
+TEST_F(TwoHosts, AnEditOfEmissionsDoesNotWipeOutWhatTheOtherHasChanged) {
+  std::vector<Position> moved;
+  runBoth([&] {
+    host->choose(activeRow);
+    other->choose(activeRow);
+    other->move("100");
+    other->click("apply_button");
+    EXPECT_EQ(other->takeReports().join('\n').toStdString(), "");
+    moved = storedMarkers(7);
+    const auto emissions = backend.stored("standard", 7).emissions;
+    host->find<QDoubleSpinBox>("doubleSpinBox_alpha")->setValue(33);
+    host->click("apply_button");
+    EXPECT_EQ(host->takeReports().filter(changedReport("standard b07")).size(), 1) << "once, not for every marker";
+    EXPECT_EQ(storedMarkers(7), moved);
+    EXPECT_EQ(backend.stored("standard", 7).emissions, emissions);
+  });
+  EXPECT_EQ(storedMarkers(7), moved);
+  expectSoundDatabase();
+}
+
+TEST_F(TwoHosts, ADeletionIsNotTakenBackOnceTheOtherHasChangedTheBody) {
+  struct Case {
+    const char* button;
+    int row;
+    int number;
+    const char* body;
+  };
+  for (const Case& c :
+       {Case{"undo_button", cupRow, 1, "standard b01"}, {"cancel_button", activeRow, 7, "standard b07"}}) {
+    SCOPED_TRACE(c.button);
+    std::vector<Position> moved;
+    runBoth([&] {
+      host->choose(c.row);
+      host->select(2);
+      watch.expectBox("Korvex2", deleteQuestion, QMessageBox::Ok);
+      host->click("pushButton_deleteMarker");
+      other->choose(c.row);
+      other->move("100");
+      other->click("apply_button");
+      EXPECT_EQ((host->takeReports() + other->takeReports()).join('\n').toStdString(), "");
+      moved = storedMarkers(c.number);
+      EXPECT_EQ(moved.size(), before.size() - 1);
+      host->click(c.button);
+      EXPECT_TRUE(host->takeReports().contains(changedReport(c.body)));
+      EXPECT_EQ(storedMarkers(c.number), moved);
+    });
+    EXPECT_EQ(storedMarkers(c.number), moved);
+  }
+  expectSoundDatabase();
+}
+
+TEST_F(TwoHosts, ADeletionIsTakenBackWhenNobodyElseChangedTheBody) {
+  host->run([&] {
+    host->choose(cupRow);
+    host->select(2);
+    watch.expectBox("Korvex2", deleteQuestion, QMessageBox::Ok);
+    host->click("pushButton_deleteMarker");
+    EXPECT_EQ(storedMarkers().size(), before.size() - 1);
+    host->click("undo_button");
+  });
+  EXPECT_EQ(host->takeReports().join('\n').toStdString(), "");
+  expectNear(storedMarkers(), before);
+}
+
+TEST_F(TwoHosts, ADiscardLeavesTheEmissionsOfABodyThatTheOtherHasChanged) {
+  runBoth([&] {
+    host->choose(activeRow);
+    host->find<QDoubleSpinBox>("doubleSpinBox_alpha")->setValue(33);
+    host->click("apply_button");
+    other->choose(activeRow);
+    other->enter("body_ori_xyzWidget", 2, "90");
+    other->click("apply_button");
+    EXPECT_EQ((host->takeReports() + other->takeReports()).join('\n').toStdString(), "");
+    const StoredBody turned = backend.stored("standard", 7);
+    watch.expectBox("Body Adjustment", discardQuestion, QMessageBox::Yes);
+    host->click("cancel_button");
+    EXPECT_TRUE(host->takeReports().contains(changedReport("standard b07")));
+    EXPECT_EQ(backend.stored("standard", 7).markers, turned.markers);
+    EXPECT_EQ(backend.stored("standard", 7).emissions, turned.emissions);
+  });
+  expectSoundDatabase();
+}
+
+TEST_F(TwoHosts, AnImportIsNoReadingAndNeedsNone) {
+  const QTemporaryDir folder;
+  const QString path = folder.filePath("three.body");
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("3\n0 0 0\n1 0 0\n0 1 0\n");
+  file.close();
+  runBoth([&] {
+    host->choose(cupRow);
+    host->move("14");
+    host->click("apply_button");
+    other->choose(cupRow);
+    other->move("5");
+    other->click("apply_button");
+    host->frontend.connection().bodyFiles()->importBody({"standard", 1}, path);
+    EXPECT_EQ(storedMarkers(), (std::vector<Position>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
+    host->move("1");
+    host->click("apply_button");
+    EXPECT_TRUE(host->takeReports().contains(changedReport("standard b01"))) << "the dialog has not read them";
+  });
+  EXPECT_EQ(storedMarkers(), (std::vector<Position>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
 }
 
 // Clients that do not say what they expect: each change is done whole, in the order of its arrival.
