@@ -282,8 +282,10 @@ void BodyAdjustmentDialog::set_all_body_to_old_value() {
     body.id = number - 1;
     bsMatrix back;
     saved_transform(body).fastInvert(back);
-    backend_.sendBodyTransform(body.address(), number, back);
-    write_emissions_back(body);
+    // Emissions as they were belong to the coordinates as they were.
+    if (backend_.sendBodyTransform(body.address(), number, back) == korvex2::BackendChannel::CommandResult::Done) {
+      write_emissions_back(body);
+    }
   }
 }
 

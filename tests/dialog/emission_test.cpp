@@ -196,6 +196,24 @@ TEST_F(EmissionEditor, AppliedEmissionsAreDiscardedToo) {
   expectPoints(backend.body("wandgrip", 1).markers, markers);
 }
 
+TEST_F(EmissionEditor, EmissionsStayWhenTheCoordinatesTheyBelongToCannotBeDiscarded) {
+  watch.expectBox("Body Adjustment", discardQuestion, QMessageBox::Yes);
+  run([&] {
+    choose(penRow);
+    enter("body_ori_xyzWidget", 2, "50");
+    spin("doubleSpinBox_alpha").setValue(30);
+    click("apply_button");
+    backend.disturb = [](int, const std::string&, const std::string& text) {
+      const bool isTransform = text.rfind("korvex2 body transform", 0) == 0;
+      return isTransform ? std::optional<FakeChannel::Answer>({0, "korvex2 err 11 \"changed\""}) : std::nullopt;
+    };
+    backend.io.log.clear();
+    click("cancel_button");
+  });
+  EXPECT_EQ(backend.io.logged("send_raw_command korvex2 body transform").size(), 1u);
+  EXPECT_THAT(backend.io.logged("set_value body marker_emission"), IsEmpty());
+}
+
 TEST_F(EmissionEditor, EmissionsOfABodyWithoutAnyAreDiscardedToZero) {
   const std::vector<EmissionValues> none(6, EmissionValues{});
   watch.expectBox("Body Adjustment", discardQuestion, QMessageBox::Yes);
