@@ -53,13 +53,14 @@ class NetworkFrontEnd : public testing::Test {
   }
   std::unique_ptr<NetworkConnection> connection() const { return connectionTo(server); }
   static std::unique_ptr<NetworkConnection> connectionTo(const LineServer& backend,
-                                                         std::chrono::milliseconds stableAfter = 0ms) {
+                                                         std::chrono::milliseconds stableAfter = 0ms,
+                                                         std::chrono::milliseconds lostAfter = 250ms) {
     NetworkOptions options;
     options.commandTimeout = 300ms;
     options.heartbeat = 60000ms;
     options.retryDelays = {0ms, 20ms};
     options.stableAfter = stableAfter;
-    options.lostAfter = 250ms;
+    options.lostAfter = lostAfter;
     options.lostDelay = 60000ms;
     return std::make_unique<NetworkConnection>(BackendAddress{QStringLiteral("127.0.0.1"), backend.port()}, options);
   }
@@ -113,7 +114,7 @@ TEST_F(NetworkFrontEnd, ShowsWhatItIsConnectedTo) {
 }
 
 TEST_F(NetworkFrontEnd, ALostConnectionIsToldOnceAndItsReturnOnce) {
-  start();
+  frontend = std::make_unique<Frontend>(connectionTo(server, 0ms, 60000ms));
   server.stopListening();
   ASSERT_TRUE(becomes(LinkState::reconnecting));
   EXPECT_EQ(label("connectionStatus"), "Reconnecting to " + place() + "...");
@@ -154,7 +155,7 @@ TEST_F(NetworkFrontEnd, ABackendOutOfReachForLongIsToldOnce) {
 }
 
 TEST_F(NetworkFrontEnd, ABackendThatDropsEverybodyAtOnceIsToldOnceAndItsReturnWhenItLasts) {
-  frontend = std::make_unique<Frontend>(connectionTo(server, 400ms));
+  frontend = std::make_unique<Frontend>(connectionTo(server, 800ms, 600ms));
   server.react([this](const QByteArray& line) {
     Reaction reaction = server.usual(line);
     reaction.close = line != "korvex2 get version";
@@ -194,7 +195,7 @@ TEST_F(NetworkFrontEnd, AClickOnTheStatusTriesAtOnce) {
 
 TEST_F(NetworkFrontEnd, ABackendThatIsNotThereAtFirstIsTold) {
   server.stopListening();
-  start();
+  frontend = std::make_unique<Frontend>(connectionTo(server, 0ms, 60000ms));
   EXPECT_EQ(label("connectionStatus"), "Reconnecting to " + place() + "...");
   EXPECT_EQ(reports(), Texts{"!The backend at " + place() +
                              " could not be reached: no backend listens there. It is tried again and again."});

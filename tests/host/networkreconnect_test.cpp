@@ -189,7 +189,7 @@ TEST_F(Reconnection, LastsOnlyAfterAWhile) {
 TEST_F(Reconnection, ABackendThatDropsEverybodyAtOnceIsLost) {
   NetworkOptions options = quick();
   options.stableAfter = 10000ms;
-  options.lostAfter = 300ms;
+  options.lostAfter = 600ms;
   options.lostDelay = 60000ms;
   connect(options);
   server.react([this](const QByteArray& line) {
