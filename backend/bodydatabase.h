@@ -120,8 +120,8 @@ class BodyDatabase {
   /// New markers lie at (0, 0, 0) without emission; surplus ones go from the end, with their lines.
   Outcome setNumberOfMarkers(const BodyKey& key, int count);
   /// The body was measured anew: markers, lines and free text become these (3 to 99 markers), nothing is known of
-  /// emissions, Body::transform begins again at the identity, and the body counts as calibrated. Unless these are
-  /// exactly the markers that the body has: then only lines and free text are taken.
+  /// emissions, Body::transform begins again at the identity, and the body counts as calibrated. When these are
+  /// exactly the markers that the body has, its emissions and transform stay.
   Outcome setGeometry(const BodyKey& key, const BodyGeometry& geometry);
   Outcome setMarkerPosition(const BodyKey& key, int marker, const Vector3& position);
   Outcome setMarkerEmission(const BodyKey& key, int marker, const MarkerEmission& emission);

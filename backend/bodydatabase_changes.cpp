@@ -236,8 +236,8 @@ Outcome BodyDatabase::setGeometry(const BodyKey& key, const BodyGeometry& geomet
         body.markers.push_back({position, MarkerEmission()});
       }
       body.transform = RigidTransform();
-      body.calibrated = true;
     }
+    body.calibrated = true;
     body.lines = stored.geometry.lines;
     body.text = stored.geometry.text;
     body.rest = stored.geometry.rest;
