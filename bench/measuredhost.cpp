@@ -47,6 +47,15 @@ bool MeasuredConnection::exchange(const QByteArray& line, QByteArray& answer) {
   return answered;
 }
 
+QByteArrayList MeasuredConnection::exchangeTogether(const QByteArrayList& lines) {
+  const Clock::time_point begin = Clock::now();
+  const QByteArrayList answers = korvex2::NetworkConnection::exchangeTogether(lines);
+  seconds += secondsSince(begin);
+  commands.insert(commands.end(), lines.begin(), lines.end());
+  exchanged.emplace_back(lines.join('\n').size(), answers.join('\n').size());
+  return answers;
+}
+
 int MeasuredChannel::send_raw_command(char* answer, const char* format, ...) {
   va_list values;
   va_start(values, format);

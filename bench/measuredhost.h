@@ -20,6 +20,8 @@ class MeasuredConnection : public korvex2::NetworkConnection {
  public:
   using korvex2::NetworkConnection::NetworkConnection;
   bool exchange(const QByteArray& line, QByteArray& answer) override;
+  /// Lines that travel together make one round trip of their lengths' sums.
+  QByteArrayList exchangeTogether(const QByteArrayList& lines) override;
 
   std::vector<QByteArray> commands;
   LineLengths exchanged;
