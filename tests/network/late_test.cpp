@@ -116,7 +116,7 @@ TEST_F(Late, AnApplyAfterWhichTheBodyCouldNotBeReadIsFollowedByNoneUntilItIs) {
 TEST_F(Late, ACallWithItsGuardTakesNoLongerThanOneTimeOut) {
   korvex2::HostChannel& channel = host->frontend.channel();
   relay->onLine(
-      [](const PassingLine& line) { return line.isAnswerTo("korvex2 get body ") ? Fate::late(350ms) : Fate::pass(); });
+      [](const PassingLine& line) { return line.isAnswerTo("korvex2 get body ") ? Fate::late(220ms) : Fate::pass(); });
   QElapsedTimer timer;
   timer.start();
   int markers = 0;
