@@ -6,7 +6,7 @@ packages=(
   qtbase5-dev libqt5opengl5-dev libqwt-qt5-dev qttools5-dev qttools5-dev-tools
   libglu1-mesa-dev libgl1-mesa-dri
   libgtest-dev libgmock-dev
-  xvfb xauth fonts-dejavu-core locales
+  xvfb xauth fonts-dejavu-core locales python3
 )
 # What ./test --long needs besides.
 fuzzing_packages=(clang libclang-rt-14-dev)
