@@ -130,6 +130,12 @@ void MirroredBackend::restart(const ScriptedBackend& wanted) {
   known_ = std::make_unique<Known>();
   known_->bodies = reachable(wanted);
   known_->shape = shapeOf(wanted.types, known_->bodies);
+  for (ScriptedBody& body : known_->bodies) {
+    if (body.markers.size() < 3) {  // a file of so few is none; what the case wants of the body comes as commands
+      body.markers = {{0, 0, 0}, {100, 0, 0}, {0, 100, 0}};
+      body.emissions.assign(3, EmissionValues{});
+    }
+  }
   QJsonArray types;
   for (const std::string& type : wanted.types) {
     types.append(QJsonObject{{"name", QString::fromStdString(type)},
